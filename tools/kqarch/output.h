@@ -1,0 +1,80 @@
+// Where every command of kqarch puts what it has to say.
+//
+// Data goes to standard output, diagnostics to standard error. With --json both go into one
+// document on standard output, written by finish():
+//
+//   {"schema_version": 1, "command": "check", "exit_code": 1,
+//    "diagnostics": [{"severity": "error", "file": "db/kqarch.ini", "line": 4, "code": -803,
+//                     "name": "ARCH_E_INVALID_VALUE", "section": "ARCHIVE_LOCAL1",
+//                     "key": "ARCH_FILE_SIZE", "text": "...", "hint": "..."}],
+//    ...the command's own fields}
+//
+// Every field is always present; what does not apply is null.
+#ifndef KQARCH_OUTPUT_H
+#define KQARCH_OUTPUT_H
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kqtype.h"
+
+enum exit_status {
+    exit_good = 0,
+    exit_refused = 1, // refused, or different
+    exit_usage = 2,   // wrong use of the command line
+    exit_failed = 3   // could not: a missing file, no permission, a full disk
+};
+
+enum class severity { error, warning, note };
+
+// `FILE:LINE: error[CODE NAME]: text`, then `hint: ...`; what is empty or 0 is left out.
+struct diagnostic {
+    severity level = severity::error;
+    std::string file = {};
+    ulint line = 0;
+    kqcode_t code = 0;
+    std::string section = {};
+    std::string key = {};
+    std::string text = {};
+    std::string hint = {};
+};
+
+class output {
+  public:
+    output(std::string command, bool as_json);
+
+    // The command that speaks, once it is known.
+    void set_command(std::string command) { command_ = std::move(command); }
+    bool as_json() const { return as_json_; }
+
+    // A piece of text for standard output; nothing with --json.
+    void print(std::string_view text);
+
+    // The same with a line feed, in bold on a terminal.
+    void print_heading(std::string_view text);
+
+    // A field of the JSON document; nothing without --json.
+    void set(const std::string& field, nlohmann::ordered_json value);
+
+    void report(const diagnostic& found);
+
+    // Reports an error that belongs to no line and no code, and returns `status`.
+    exit_status fail(exit_status status, std::string text, std::string file = {},
+                     std::string hint = {});
+
+    // Ends the output. The process's exit status: `status`, or exit_failed when standard output
+    // did not take everything.
+    int finish(exit_status status);
+
+  private:
+    void write_document(exit_status status);
+
+    std::string command_;
+    bool as_json_;
+    nlohmann::ordered_json fields_ = nlohmann::ordered_json::object();
+    nlohmann::ordered_json diagnostics_ = nlohmann::ordered_json::array();
+};
+
+#endif

@@ -1,0 +1,35 @@
+// Small helpers for texts.
+#ifndef KQARCH_TEXT_H
+#define KQARCH_TEXT_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// The text with every control character shown as \xNN, so that it keeps to one line and cannot
+// steer a terminal.
+std::string visible(std::string_view text);
+
+std::string join(const std::vector<std::string>& pieces, std::string_view separator);
+
+std::vector<std::string> split(std::string_view text, char separator);
+
+// "1 file", "2 files"; a noun that ends in y gets "ies".
+std::string count_of(size_t number, const std::string& noun);
+
+std::string upper_case(std::string_view text);
+
+// Whether two texts are the same, ignoring the case of ASCII letters.
+bool same_text(std::string_view left, std::string_view right);
+
+// How many places a text takes on a terminal, a character of UTF-8 being one.
+size_t display_width(std::string_view text);
+
+// The names that could have been meant by `word`, nearest first, at most three; ignoring case.
+std::vector<std::string> close_names(std::string_view word, const std::vector<std::string>& names);
+
+// "Did you mean A or B?", or the empty text when nothing is close.
+std::string did_you_mean(std::string_view word, const std::vector<std::string>& names);
+
+#endif
