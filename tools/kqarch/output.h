@@ -22,9 +22,9 @@
 
 enum exit_status {
     exit_good = 0,
-    exit_refused = 1, // refused, or different
-    exit_usage = 2,   // wrong use of the command line
-    exit_failed = 3   // could not: a missing file, no permission, a full disk
+    exit_refused = 1,  // refused, or different
+    exit_usage = 2,    // wrong use of the command line
+    exit_failed = 3    // could not: a missing file, no permission, a full disk
 };
 
 enum class severity { error, warning, note };
