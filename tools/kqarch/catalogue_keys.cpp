@@ -1,10 +1,8 @@
-#include <strings.h>
-
 #include <algorithm>
-#include <string>
 
 #include "catalogue.h"
 #include "ini.h"
+#include "text.h"
 
 namespace {
 
@@ -61,7 +59,7 @@ constexpr key_entry keys[] = {
      "At most 256 characters; not a directory that another LOCAL or REMOTE destination uses.",
      true},
     {ini_index_arch_flush_buf_size, "ARCH_FLUSH_BUF_SIZE", section, false, "MB", "0",
-     local | remote, "The buffer that archives are flushed through.", "", true},
+     local | remote, "The buffer that archives are flushed through; 0 is none.", "", true},
     {ini_index_xmal_hb_interval, "XMAL_HB_INTERVAL", global, false, "seconds", "none", none,
      "The heartbeat interval of the cross-instance link.",
      "Must be given where RAFT destinations exist.", true},
@@ -150,8 +148,7 @@ std::span<const key_entry> all_keys() {
 }
 
 const key_entry* find_key(std::string_view name) {
-    const std::string wanted(name);
-    const auto* found = std::ranges::find_if(
-        keys, [&](const key_entry& key) { return strcasecmp(key.name, wanted.c_str()) == 0; });
+    const auto* found =
+        std::ranges::find_if(keys, [&](const key_entry& key) { return same_text(key.name, name); });
     return found == std::end(keys) ? nullptr : found;
 }

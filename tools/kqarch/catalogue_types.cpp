@@ -1,5 +1,3 @@
-#include <strings.h>
-
 #include <algorithm>
 #include <string>
 
