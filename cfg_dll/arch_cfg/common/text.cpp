@@ -1,0 +1,19 @@
+#include "common/text.h"
+
+namespace arch {
+
+std::string_view trimmed(std::string_view text) {
+    while (!text.empty() && text.front() == ' ')
+        text.remove_prefix(1);
+    while (!text.empty() && text.back() == ' ')
+        text.remove_suffix(1);
+    return text;
+}
+
+void trim_in_place(schar* text) {
+    const std::string_view kept = trimmed(text);
+    std::memmove(text, kept.data(), kept.size());
+    text[kept.size()] = '\0';
+}
+
+}  // namespace arch

@@ -1,0 +1,54 @@
+// Bounded texts: copies that know their field, comparisons ignoring case, trimming.
+#ifndef ARCH_COMMON_TEXT_H
+#define ARCH_COMMON_TEXT_H
+
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+
+#include "kqtype.h"
+
+namespace arch {
+
+// The text in a field, also when nothing terminates it.
+template <std::size_t Size>
+std::string_view text_in(const schar (&field)[Size]) {
+    return {field, strnlen(field, Size)};
+}
+
+// Copies as much of a text as the field takes, and terminates it.
+template <std::size_t Size>
+void copy_text(schar (&field)[Size], std::string_view text) {
+    const std::size_t length = text.size() < Size ? text.size() : Size - 1;
+    std::memcpy(field, text.data(), length);
+    field[length] = '\0';
+}
+
+// The ASCII letters have one case; everything else is compared as it is. The locale plays no part,
+// so that two servers never disagree about a name.
+inline schar fold(schar c) {
+    return c >= 'a' && c <= 'z' ? static_cast<schar>(c - 'a' + 'A') : c;
+}
+
+// Whole texts ignoring case; a null text equals nothing.
+inline bool same_text(const schar* left, const schar* right) {
+    if (left == nullptr || right == nullptr) return false;
+    for (; fold(*left) == fold(*right); ++left, ++right)
+        if (*left == '\0') return true;
+    return false;
+}
+
+// Whole texts with case.
+inline bool same_path(const schar* left, const schar* right) {
+    return std::strcmp(left, right) == 0;
+}
+
+// Without the blanks (the space character only) at both ends.
+std::string_view trimmed(std::string_view text);
+
+// Moves a text without its outer blanks to the start of its own buffer.
+void trim_in_place(schar* text);
+
+}  // namespace arch
+
+#endif

@@ -1,0 +1,75 @@
+// Destination texts: the check that each passes, and instance lists.
+#include "common/report.h"
+#include "common/server.h"
+#include "registry/registry.h"
+#include "utl.h"
+
+using namespace arch;
+
+namespace arch {
+namespace {
+
+std::size_t longest_dest(ulint type) {
+    const bool is_path =
+        type == ARCH_TYPE_LOCAL || type == ARCH_TYPE_REMOTE || type == ARCH_TYPE_NONE;
+    return is_path ? KQ_PATHNAME_MAX : KQ_SYSNAME_MAX;
+}
+
+kqcode_t check_dest(const arch_cfg_sys_t& registry, const schar* dest, ulint type,
+                    const arch_cfg_t* except) {
+    if (std::strlen(dest) > longest_dest(type)) return ARCH_E_TOO_LONG;
+    if (is_this_instance(dest))
+        return refuse_printed(ARCH_E_DEST_IS_SELF, "archive_dest can not be self instance!\n");
+    if (find_destination(registry, dest, except) != nullptr) return ARCH_E_DEST_EXISTS;
+    if (type == ARCH_TYPE_LOCAL && is_valid_pathname(dest, 0) == 0)
+        return refuse_printed(ARCH_E_INVALID_PATH, "%s arch dest path %s Invalid!\n", "Local",
+                              dest);
+    if (type == ARCH_TYPE_REMOTE && is_valid_pathname(dest, 0) == 0)
+        return refuse_printed(ARCH_E_INVALID_PATH, "%s arch dest path %s Invalid!\n", "Remote",
+                              dest);
+    return 0;
+}
+
+// An instance name of the list of `arch`. The record itself is not looked at, so that a name may be
+// given twice, and an empty name is nobody's.
+kqcode_t check_name(const arch_cfg_sys_t& registry, const arch_cfg_t& arch, const schar* name) {
+    if (name[0] != '\0') {
+        const kqcode_t code = check_dest(registry, name, arch.type, &arch);
+        if (code < 0) return raise(code);
+    }
+    if (std::strlen(name) > ARCH_INST_NAME_MAX)
+        return refuse_printed(ARCH_E_INVALID_DEST, "ARCH_DEST name %s too long(max %d)\n", name,
+                              ARCH_INST_NAME_MAX);
+    return 0;
+}
+
+kqcode_t store_instances(const arch_cfg_sys_t& registry, arch_cfg_t& arch, const schar* list) {
+    sysname_t name;
+    byte count = 0;
+    while (list != nullptr) {
+        if (const kqcode_t code = next_piece(list, name); code < 0) return raise(code);
+        if (const kqcode_t code = check_name(registry, arch, name); code < 0) return code;
+        if (count == ARCH_INST_MAX) return ARCH_E_TOO_MANY_INSTS;
+        copy_text(arch.dest_insts[count++], kq_strupr(name));
+    }
+    arch.n_inst = count;
+    if (count > 1 && arch.type == ARCH_TYPE_SYNC) return ARCH_E_TOO_MANY_INSTS;
+    copy_text(arch.dest, count == 1 ? name : "");
+    return 0;
+}
+
+}  // namespace
+}  // namespace arch
+
+kqcode_t arch_cfg_check_dest_validate(arch_cfg_sys_t* cfg_sys, const schar* dest, usint type) {
+    return check_dest(cfg_sys != nullptr ? *cfg_sys : arch_cfg_sys, dest, type, nullptr);
+}
+
+kqcode_t arch_cfg_inst_dests_validate(arch_cfg_sys_t* cfg_sys, arch_cfg_t* arch,
+                                      const schar* dest) {
+    if (dest == nullptr) {
+        arch->n_inst = 0;
+        return 0;
+    }
+    return store_instances(cfg_sys != nullptr ? *cfg_sys : arch_cfg_sys, *arch, dest);
+}
