@@ -1,0 +1,90 @@
+#include "mem.h"
+
+#include <cerrno>
+#include <cstddef>
+#include <cstdlib>
+#include <limits>
+#include <mutex>
+#include <new>
+
+#include "fault.h"
+
+namespace {
+
+// What stands before each block: its place in the pool's list and the size asked for.
+struct alignas(std::max_align_t) block_header {
+    block_header* prev;
+    block_header* next;
+    ulint64 size;
+};
+
+}  // namespace
+
+struct kqenv_struct {
+    std::mutex mutex;
+    ulint64 limit = 0;
+    ulint64 used = 0;
+    ulint count = 0;
+    block_header* first = nullptr;
+};
+
+namespace {
+
+void link_block(kqenv_struct& pool, block_header* header) {
+    header->prev = nullptr;
+    header->next = pool.first;
+    if (pool.first != nullptr) pool.first->prev = header;
+    pool.first = header;
+    pool.used += header->size;
+    ++pool.count;
+}
+
+void unlink_block(kqenv_struct& pool, block_header* header) {
+    (header->prev != nullptr ? header->prev->next : pool.first) = header->next;
+    if (header->next != nullptr) header->next->prev = header->prev;
+    pool.used -= header->size;
+    --pool.count;
+}
+
+}  // namespace
+
+void* mem_malloc_ex(kqenv_t env, ulint64 size, const schar*, ulint) {
+    if (fault_here(fault_point::mem_malloc_ex, ENOMEM) || env == nullptr) return nullptr;
+    if (size > std::numeric_limits<std::size_t>::max() - sizeof(block_header)) return nullptr;
+    std::lock_guard hold(env->mutex);
+    ulint64 limit = env->limit != 0 ? env->limit : std::numeric_limits<ulint64>::max();
+    if (size > limit - env->used) return nullptr;
+    auto* header = static_cast<block_header*>(std::malloc(sizeof(block_header) + size));
+    if (header == nullptr) return nullptr;
+    header->size = size;
+    link_block(*env, header);
+    return header + 1;
+}
+
+void mem_free(kqenv_t env, void* block) {
+    if (env == nullptr || block == nullptr) return;
+    block_header* header = static_cast<block_header*>(block) - 1;
+    {
+        std::lock_guard hold(env->mutex);
+        unlink_block(*env, header);
+    }
+    std::free(header);
+}
+
+kqenv_t mem_env_create(ulint64 limit) {
+    auto* env = new (std::nothrow) kqenv_struct;
+    if (env != nullptr) env->limit = limit;
+    return env;
+}
+
+ulint mem_env_destroy(kqenv_t env) {
+    if (env == nullptr) return 0;
+    ulint still_held = env->count;
+    while (env->first != nullptr) {
+        block_header* header = env->first;
+        unlink_block(*env, header);
+        std::free(header);
+    }
+    delete env;
+    return still_held;
+}
