@@ -1,0 +1,94 @@
+#include "config_file.h"
+
+#include <algorithm>
+
+#include "arch_cfg.h"
+#include "text.h"
+
+namespace {
+
+bool contains(const std::vector<ulint>& numbers, ulint number) {
+    return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
+}
+
+}  // namespace
+
+kqcode_t config_file::read(std::string path) {
+    path_ = std::move(path);
+    lines_.clear();
+    kqcode_t code = kq_ini_walk(path_.c_str(), append, this);
+    if (code < 0) lines_.clear();
+    learn_passwords();
+    return code;
+}
+
+kqcode_t config_file::append(const kq_ini_line_t* line, void* file) {
+    std::vector<config_line>& lines = static_cast<config_file*>(file)->lines_;
+    config_line added{line->number, line->kind, line->key, line->value, "", 0};
+    if (line->kind != KQ_INI_KEY) {
+        // A bad line may have been meant as a header: what follows is not the old section's.
+        added.section = added.key;
+        added.section_line = added.number;
+    } else if (!lines.empty()) {
+        added.section = lines.back().section;
+        added.section_line = lines.back().section_line;
+    }
+    lines.push_back(std::move(added));
+    return 0;
+}
+
+ulint config_file::section_line(std::string_view section) const {
+    for (const config_line& line : lines_)
+        if (line.kind == KQ_INI_SECTION && same_text(line.key, section)) return line.number;
+    return 0;
+}
+
+ulint config_file::key_line(std::string_view section, std::string_view key) const {
+    ulint header = section_line(section);
+    ulint found = 0;
+    for (const config_line& line : lines_)
+        if (line.kind == KQ_INI_KEY && line.section_line == header && same_text(line.key, key))
+            found = line.number;
+    return found;
+}
+
+ulint config_file::key_line(std::string_view key) const {
+    ulint found = 0;
+    for (const config_line& line : lines_)
+        if (line.kind == KQ_INI_KEY && same_text(line.key, key)) found = line.number;
+    return found;
+}
+
+// A section that only looks like a subscriber's (a misspelt type, say) is treated as one.
+bool config_file::looks_like_subscriber(const config_line& line) const {
+    std::string key = upper_case(line.key);
+    if (line.kind == KQ_INI_SECTION || key == "ARCH_TYPE")
+        return (key + upper_case(line.value)).find("SUB") != key.npos;
+    return key == "ARCH_SUBSCRIBE_MODE" || key == "ARCH_THRESHOLD_PER_SECOND";
+}
+
+text_place config_file::place_of(const config_line& line) const {
+    std::string key = upper_case(line.key);
+    if (key == "ARCH_INCOMING_PATH" || key == "ARCH_RECV_PATH") return text_place::path;
+    if (contains(path_sections_, line.section_line)) return text_place::path;
+    bool subscriber = contains(subscriber_sections_, line.section_line) && key == "ARCH_DEST";
+    return subscriber ? text_place::subscriber : text_place::other;
+}
+
+void config_file::learn_passwords() {
+    for (const config_line& line : lines_) {
+        if (looks_like_subscriber(line)) subscriber_sections_.push_back(line.section_line);
+        if (line.kind != KQ_INI_KEY || !same_text(line.key, "ARCH_TYPE")) continue;
+        ulint type = arch_cfg_get_arch_type_by_name(line.value.c_str());
+        if (type == ARCH_TYPE_LOCAL || type == ARCH_TYPE_REMOTE)
+            path_sections_.push_back(line.section_line);
+    }
+    for (const config_line& line : lines_) {
+        passwords_.learn(line.key, text_place::other);
+        if (line.kind != KQ_INI_KEY) continue;
+        passwords_.learn(line.value, place_of(line));
+        // A "=" inside a password tears it apart where "ARCH_DEST =" is missing.
+        if (line.key.find('/') != line.key.npos)
+            passwords_.learn(line.key + "=" + line.value, text_place::other);
+    }
+}

@@ -1,0 +1,50 @@
+// The lines of one kqarch.ini, as they stand there: where each section and key is, and which texts
+// may hold a password.
+#ifndef KQARCH_CONFIG_FILE_H
+#define KQARCH_CONFIG_FILE_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kq_instance.h"
+#include "password.h"
+
+struct config_line {
+    ulint number;
+    kq_ini_line_kind kind;
+    std::string key;    // the section's name, for a header
+    std::string value;  // what is wrong, for a line that is neither
+    std::string section;
+    ulint section_line;  // 0 above the first header
+};
+
+class config_file {
+  public:
+    // Reads the lines; 0, or why that is impossible (then there are no lines).
+    kqcode_t read(std::string path);
+
+    const std::string& path() const { return path_; }
+    const std::vector<config_line>& lines() const { return lines_; }
+    const password_list& passwords() const { return passwords_; }
+
+    // Line numbers, 0 when there is none; names are compared ignoring case. The last line of a key
+    // is the one that counts.
+    ulint section_line(std::string_view section) const;
+    ulint key_line(std::string_view section, std::string_view key) const;
+    ulint key_line(std::string_view key) const;
+
+  private:
+    static kqcode_t append(const kq_ini_line_t* line, void* file);
+    void learn_passwords();
+    text_place place_of(const config_line& line) const;
+    bool looks_like_subscriber(const config_line& line) const;
+
+    std::string path_;
+    std::vector<config_line> lines_;
+    std::vector<ulint> subscriber_sections_;  // their header lines
+    std::vector<ulint> path_sections_;
+    password_list passwords_;
+};
+
+#endif

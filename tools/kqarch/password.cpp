@@ -1,0 +1,100 @@
+#include "password.h"
+
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "text.h"
+
+namespace {
+
+constexpr const char* hidden = "***";
+
+struct span {
+    size_t begin;
+    size_t end;
+};
+
+bool begins_like_a_path(std::string_view text) {
+    return text.starts_with('/') || text.starts_with('+') || text.starts_with("dfs:");
+}
+
+// The server is what follows the last "@"; user and password are split at the first "/". A ":" is
+// the separator that people use by mistake.
+span find_password(std::string_view text, text_place place) {
+    constexpr span none{0, 0};
+    if (place == text_place::path && begins_like_a_path(text)) return none;
+    size_t end = text.rfind('@');
+    bool has_server = end != text.npos;
+    if (!has_server && place != text_place::subscriber) return none;
+    if (!has_server) end = text.size();
+    size_t begin = text.substr(0, end).find_first_of(has_server ? "/:" : "/");
+    return begin == text.npos ? none : span{begin + 1, end};
+}
+
+bool is_word_letter(char letter) {
+    return (letter >= '0' && letter <= '9') || (letter >= 'A' && letter <= 'Z') ||
+           (letter >= 'a' && letter <= 'z') || letter == '_';
+}
+
+// A short secret is looked for as a word only: "a" must not turn every a into stars.
+bool stands_alone(std::string_view text, size_t begin, size_t length) {
+    constexpr size_t long_enough = 6;
+    if (length >= long_enough) return true;
+    bool joined_before =
+        begin > 0 && is_word_letter(text[begin]) && is_word_letter(text[begin - 1]);
+    size_t end = begin + length;
+    bool joined_after =
+        end < text.size() && is_word_letter(text[end - 1]) && is_word_letter(text[end]);
+    return !joined_before && !joined_after;
+}
+
+}  // namespace
+
+std::string hide_password(std::string_view text, text_place place) {
+    span found = find_password(text, place);
+    std::string shown(text);
+    if (found.end > found.begin) shown.replace(found.begin, found.end - found.begin, hidden);
+    return shown;
+}
+
+void password_list::learn(std::string_view text, text_place place) {
+    span found = find_password(text, place);
+    if (found.end <= found.begin) return;
+    std::string_view secret = text.substr(found.begin, found.end - found.begin);
+    add(secret);
+    // An instance list is split at "/", a line at "=": the pieces may be quoted alone.
+    for (char separator : {'/', '='})
+        for (const std::string& piece : split(secret, separator))
+            add(piece);
+}
+
+void password_list::add(std::string_view secret) {
+    for (std::string& form : std::vector{upper_case(secret), upper_case(visible(secret))}) {
+        form.erase(form.find_last_not_of(" \t") + 1);
+        form.erase(0, form.find_first_not_of(" \t"));
+        if (!form.empty()) secrets_.insert(std::move(form));
+    }
+}
+
+bool password_list::longer_first::operator()(const std::string& left,
+                                             const std::string& right) const {
+    return std::tuple(right.size(), left) < std::tuple(left.size(), right);
+}
+
+std::string password_list::hide(std::string_view text) const {
+    std::string shown(text);
+    for (const std::string& secret : secrets_) {
+        std::string upper = upper_case(shown);
+        for (size_t at = upper.find(secret); at != upper.npos; at = upper.find(secret, at)) {
+            size_t skip = 1;
+            if (stands_alone(shown, at, secret.size())) {
+                shown.replace(at, secret.size(), hidden);
+                upper = upper_case(shown);
+                skip = std::char_traits<char>::length(hidden);
+            }
+            at += skip;
+        }
+    }
+    return shown;
+}

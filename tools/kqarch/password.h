@@ -1,0 +1,44 @@
+// Keeping passwords out of everything that is shown.
+//
+// A subscriber's ARCH_DEST is `[user[/password]@]server`. The same text may stand where it does
+// not belong (in a section of another type, behind a misspelt key, on a line without "="), and the
+// module quotes values, whole or in pieces, when it refuses them. So the whole file is searched
+// for what could be a password before anything is shown.
+#ifndef KQARCH_PASSWORD_H
+#define KQARCH_PASSWORD_H
+
+#include <set>
+#include <string>
+#include <string_view>
+
+// What is known about the place where a text stands.
+enum class text_place {
+    path,        // a directory: a text that begins like a path holds no password
+    subscriber,  // a connection text: what stands behind "/" is a password even without "@"
+    other
+};
+
+// The text with `***` for its password: a/secret@b gives a/***@b.
+std::string hide_password(std::string_view text, text_place place);
+
+// The passwords of one kqarch.ini.
+class password_list {
+  public:
+    // Remembers what could be a password in `text`.
+    void learn(std::string_view text, text_place place);
+
+    // `text` without any of them, whole or in pieces, in whatever case.
+    std::string hide(std::string_view text) const;
+
+  private:
+    void add(std::string_view secret);
+
+    // A secret may hold another: it is hidden first.
+    struct longer_first {
+        bool operator()(const std::string& left, const std::string& right) const;
+    };
+
+    std::set<std::string, longer_first> secrets_;  // upper case
+};
+
+#endif
