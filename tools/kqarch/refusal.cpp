@@ -84,14 +84,14 @@ std::string value_text(const refusal& refused) {
     const key_entry* entry = entry_of(refused);
     if (entry == nullptr) return "there is no key " + refused.line.key + " in kqarch.ini";
     if (refused.line.value.size() > longest_value(refused))
-        return "the value has " + std::to_string(refused.line.value.size()) +
-               " characters; at most " + std::to_string(longest_value(refused)) +
-               " are allowed here";
+        return std::string("the value of ") + entry->name + " has " +
+               std::to_string(refused.line.value.size()) + " characters; at most " +
+               std::to_string(longest_value(refused)) + " are allowed here";
     if (is_key(refused, "ARCH_TYPE")) return "there is no archive type " + refused.line.value;
     if (is_key(refused, "ARCH_TIMER_NAME") && refused.line.value.empty())
         return "the timer of an ASYNC destination is not named";
     // The value is not shown: what stands where a number belongs may be anything.
-    if (!entry->is_text) return "the value is no whole number";
+    if (!entry->is_text) return std::string("the value of ") + entry->name + " is no whole number";
     return is_key(refused, "ARCH_DEST") || is_key(refused, "ARCH_INCOMING_PATH")
                ? destination_text(refused)
                : "";
