@@ -6,6 +6,8 @@
 #include "instance_files.h"
 #include "text.h"
 
+using namespace platform;
+
 namespace {
 
 // A node of the server's list with what it points at; std::list keeps it where it is.
@@ -46,7 +48,7 @@ void link_nodes(std::list<service>& all) {
 
 }  // namespace
 
-kqcode_t read_services(const std::string& path) {
+kqcode_t platform::read_services(const std::string& path) {
     service_reader reader(path);
     kqcode_t code = reader.read();
     if (code < 0) return code;
@@ -55,7 +57,7 @@ kqcode_t read_services(const std::string& path) {
     return 0;
 }
 
-void forget_services() {
+void platform::forget_services() {
     services.clear();
 }
 

@@ -7,6 +7,7 @@
 
 #include "ini.h"
 
+namespace platform {
 namespace {
 
 KQ_PRINTF(3, 0)
@@ -96,3 +97,5 @@ kqcode_t config_reader::take_text(std::string_view key, const schar* value, ulin
     text = read;
     return 0;
 }
+
+}  // namespace platform

@@ -9,6 +9,8 @@
 #include "kq_instance.h"
 #include "text.h"
 
+namespace platform {
+
 // A key and where its value goes: a number from `least` to `most`, or a text of so many characters.
 template <class record>
 struct config_row {
@@ -63,3 +65,5 @@ class config_reader {
     std::string path_;
     ulint line_ = 0;
 };
+
+}  // namespace platform

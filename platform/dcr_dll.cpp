@@ -8,6 +8,8 @@
 #include "platform_code.h"
 #include "text.h"
 
+using namespace platform;
+
 namespace {
 
 constexpr ulint database_group_type = 4;
@@ -77,11 +79,10 @@ class cluster_reader : public config_reader {
         if (code < 0) return code;
         if (is_taken(&endpoint::dcr_seqno, read)) return refuse_number("DCR_SEQNO");
         if (is_taken(&endpoint::ep_seqno, read)) return refuse_number("EP_SEQNO");
-        code = store(endpoint_rows, read_endpoints.back(), key, value);
         if (!read.is_ok() && !equal_ignoring_case(read.state, "ERR")) {
             return refuse(ARCH_E_INVALID_VALUE, "STATE must be OK or ERR");
         }
-        return code;
+        return store(endpoint_rows, read_endpoints.back(), key, value);
     }
 
     kqcode_t on_end() override { return finish_section(); }
@@ -129,14 +130,14 @@ kqcode_t list_endpoints(usint group, bool ok, byte* count, byte* numbers, byte* 
 
 }  // namespace
 
-kqcode_t read_cluster_registry(const std::string& path) {
+kqcode_t platform::read_cluster_registry(const std::string& path) {
     cluster_reader reader(path);
     kqcode_t code = reader.read();
     if (code >= 0) endpoints.swap(reader.read_endpoints);
     return code;
 }
 
-void forget_cluster_registry() {
+void platform::forget_cluster_registry() {
     endpoints.clear();
 }
 

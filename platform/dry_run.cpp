@@ -14,6 +14,8 @@
 
 #include "posix_file.h"
 
+using namespace platform;
+
 namespace {
 
 std::atomic<bool> dry_run_on{false};
@@ -41,11 +43,11 @@ bool can_make(std::string path) {
 
 }  // namespace
 
-bool dry_run_is_on() noexcept {
+bool platform::dry_run_is_on() noexcept {
     return dry_run_on.load();
 }
 
-bool dry_run_can_make(const schar* path) noexcept {
+bool platform::dry_run_can_make(const schar* path) noexcept {
     try {
         return can_make(path);
     } catch (const std::bad_alloc&) {
@@ -53,7 +55,7 @@ bool dry_run_can_make(const schar* path) noexcept {
     }
 }
 
-bool dry_run_create_file(const schar* path) noexcept {
+bool platform::dry_run_create_file(const schar* path) noexcept {
     try {
         std::lock_guard hold(created_mutex);
         return can_make(path) && created_files.emplace(path).second;
@@ -62,7 +64,7 @@ bool dry_run_create_file(const schar* path) noexcept {
     }
 }
 
-bool dry_run_delete_file(const schar* path) noexcept {
+bool platform::dry_run_delete_file(const schar* path) noexcept {
     if (!dry_run_is_on()) return false;
     std::lock_guard hold(created_mutex);
     auto found = created_files.find(std::string_view(path));

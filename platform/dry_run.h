@@ -5,6 +5,8 @@
 
 #include "osfile.h"
 
+namespace platform {
+
 // Stands for a file that was not really created; no descriptor has this number.
 constexpr os_handle_t dry_run_handle = INT_MAX;
 
@@ -19,3 +21,5 @@ bool dry_run_create_file(const schar* path) noexcept;
 
 // True when that file was only created so, and is now forgotten.
 bool dry_run_delete_file(const schar* path) noexcept;
+
+}  // namespace platform

@@ -13,6 +13,8 @@
 #include "arch_cfg.h"
 #include "text.h"
 
+using namespace platform;
+
 namespace {
 
 std::mutex log_mutex;

@@ -3,6 +3,8 @@
 
 #include <atomic>
 
+namespace platform {
+
 // In the order of the names that kq_fault_arm knows.
 enum class fault_point : unsigned {
     os_malloc,
@@ -28,3 +30,5 @@ inline bool fault_here(fault_point point, int error_number) noexcept {
     return armed_fault_points.load(std::memory_order_relaxed) != 0 &&
            take_fault(point, error_number);
 }
+
+}  // namespace platform

@@ -14,6 +14,8 @@
 #include "osfile.h"
 #include "posix_file.h"
 
+using namespace platform;
+
 namespace {
 
 // A name that nobody else has or can foresee.

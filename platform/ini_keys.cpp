@@ -7,6 +7,8 @@
 #include "instance_files.h"
 #include "text.h"
 
+using namespace platform;
+
 namespace {
 
 struct key_row {
@@ -149,7 +151,7 @@ constexpr unsigned digit_value(char c) {
 
 }  // namespace
 
-void restore_key_bounds() {
+void platform::restore_key_bounds() {
     entries = original_entries;
 }
 

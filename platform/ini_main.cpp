@@ -9,6 +9,8 @@
 
 global_ini_info_t global_ini_info;
 
+using namespace platform;
+
 namespace {
 
 using settings = main_settings_t;
@@ -69,11 +71,11 @@ ulint* number_of(ulint index) {
 
 }  // namespace
 
-const main_settings_t& main_settings() {
+const main_settings_t& platform::main_settings() {
     return current;
 }
 
-kqcode_t read_main_settings(const std::string& path, const schar* config_dir) {
+kqcode_t platform::read_main_settings(const std::string& path, const schar* config_dir) {
     main_reader reader(path);
     kqcode_t code = reader.read();
     if (code < 0) return code;
@@ -85,7 +87,7 @@ kqcode_t read_main_settings(const std::string& path, const schar* config_dir) {
     return 0;
 }
 
-void forget_main_settings() {
+void platform::forget_main_settings() {
     current = {};
     global_ini_info = {};
     is_loaded = false;

@@ -13,6 +13,8 @@
 #include "posix_file.h"
 #include "text.h"
 
+using namespace platform;
+
 namespace {
 
 struct block_deleter {

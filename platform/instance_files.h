@@ -7,6 +7,8 @@
 
 #include "kqtype.h"
 
+namespace platform {
+
 kqcode_t read_main_settings(const std::string& path, const schar* config_dir);
 void forget_main_settings();
 
@@ -23,3 +25,5 @@ kqcode_t read_services(const std::string& path);
 void forget_services();
 
 void restore_key_bounds();
+
+}  // namespace platform

@@ -6,7 +6,9 @@
 
 #include "fault.h"
 
-std::atomic<unsigned> armed_fault_points{0};
+std::atomic<unsigned> platform::armed_fault_points{0};
+
+using namespace platform;
 
 namespace {
 
@@ -41,7 +43,7 @@ std::atomic<ulint> fault_hits{0};
 
 }  // namespace
 
-bool take_fault(fault_point point, int error_number) noexcept {
+bool platform::take_fault(fault_point point, int error_number) noexcept {
     if ((armed_fault_points.load(std::memory_order_acquire) & bit_of(point)) == 0) {
         return false;
     }

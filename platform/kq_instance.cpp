@@ -8,6 +8,8 @@
 #include "instance_files.h"
 #include "main_settings.h"
 
+using namespace platform;
+
 namespace {
 
 // The other files, each with the key of kq.ini that switches it on.

@@ -8,6 +8,8 @@
 #include "elog.h"
 #include "platform_code.h"
 
+using namespace platform;
+
 namespace {
 
 constexpr std::size_t description_size = 512;

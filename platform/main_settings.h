@@ -5,6 +5,8 @@
 
 #include "kqtype.h"
 
+namespace platform {
+
 struct main_settings_t {
     std::string instance_name = "KQSERVER";
     std::string logfile_postfix_name = "log";
@@ -22,3 +24,5 @@ struct main_settings_t {
 };
 
 const main_settings_t& main_settings();
+
+}  // namespace platform

@@ -10,6 +10,8 @@
 #include "instance_files.h"
 #include "text.h"
 
+using namespace platform;
+
 namespace {
 
 struct mal_section {
@@ -97,14 +99,14 @@ class mal_reader : public config_reader {
 
 }  // namespace
 
-kqcode_t read_mal_registry(const std::string& path) {
+kqcode_t platform::read_mal_registry(const std::string& path) {
     mal_reader reader(path);
     kqcode_t code = reader.read();
     if (code >= 0) publish(std::move(reader.read_registry));
     return code;
 }
 
-void forget_mal_registry() {
+void platform::forget_mal_registry() {
     publish({});
 }
 

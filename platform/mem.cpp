@@ -9,6 +9,8 @@
 
 #include "fault.h"
 
+using namespace platform;
+
 namespace {
 
 // What stands before each block: its place in the pool's list and the size asked for.

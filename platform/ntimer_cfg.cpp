@@ -8,6 +8,8 @@
 #include "instance_files.h"
 #include "text.h"
 
+using namespace platform;
+
 namespace {
 
 struct timer {
@@ -44,14 +46,14 @@ class timer_reader : public config_reader {
 
 }  // namespace
 
-kqcode_t read_timer_registry(const std::string& path) {
+kqcode_t platform::read_timer_registry(const std::string& path) {
     timer_reader reader(path);
     kqcode_t code = reader.read();
     if (code >= 0) timers.swap(reader.read_timers);
     return code;
 }
 
-void forget_timer_registry() {
+void platform::forget_timer_registry() {
     timers.clear();
 }
 

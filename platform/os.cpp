@@ -9,6 +9,8 @@
 #include "dry_run.h"
 #include "fault.h"
 
+using namespace platform;
+
 static_assert(sizeof(std::size_t) == sizeof(ulint64), "a size of a block must fit size_t");
 
 void* os_malloc(ulint64 size) {

@@ -14,6 +14,8 @@
 #include "fault.h"
 #include "posix_file.h"
 
+using namespace platform;
+
 namespace {
 
 // Makes a directory with its missing parents, one component after the other.

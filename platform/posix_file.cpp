@@ -10,6 +10,7 @@
 #include "fault.h"
 #include "main_settings.h"
 
+namespace platform {
 namespace {
 
 template <class operation>
@@ -108,3 +109,5 @@ bool close_file(int descriptor) {
     bool fails = fault_here(fault_point::file_close, EIO);
     return close(descriptor) == 0 && !fails;
 }
+
+}  // namespace platform

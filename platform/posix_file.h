@@ -11,6 +11,8 @@
 
 #include "kqtype.h"
 
+namespace platform {
+
 class unique_fd {
   public:
     explicit unique_fd(int descriptor = -1) : descriptor_(descriptor) {}
@@ -51,3 +53,5 @@ bool sync_file(int descriptor);
 
 // Closes in any case; false when the file system reported a loss.
 bool close_file(int descriptor);
+
+}  // namespace platform

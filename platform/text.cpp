@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace platform {
+
 bool less_ignoring_case::operator()(std::string_view left, std::string_view right) const {
     return std::lexicographical_compare(left.begin(), left.end(), right.begin(), right.end(),
                                         [](char a, char b) {
@@ -27,3 +29,5 @@ std::string escape_controls(std::string_view text) {
     }
     return shown;
 }
+
+}  // namespace platform

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+namespace platform {
+
 constexpr char upper_case(char c) {
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
@@ -37,3 +39,5 @@ template <std::size_t size>
 void copy_text(char (&target)[size], std::string_view text) {
     target[text.copy(target, size - 1)] = '\0';
 }
+
+}  // namespace platform

@@ -13,6 +13,8 @@
 #include "main_settings.h"
 #include "text.h"
 
+using namespace platform;
+
 namespace {
 
 // Both families in one form: IPv4 as ::ffff:a.b.c.d.
