@@ -1,0 +1,184 @@
+// Commands about files, the instance's configuration, faults and start-up.
+#include <ini.h>
+#include <kq_fault.h>
+#include <kq_instance.h>
+
+#include <stdexcept>
+
+#include "support/scenario.h"
+
+namespace test_support {
+
+namespace fs = std::filesystem;
+
+std::string code_text(kqcode_t code) {
+    return "code " + std::to_string(code);
+}
+
+namespace {
+
+ulint key_index(const std::string& key) {
+    lint index = ini_get_other_ini_array_index(key.c_str());
+    if (index < 0) throw std::runtime_error("no key " + key);
+    return static_cast<ulint>(index);
+}
+
+std::string file(const command_context& context) {
+    write_file(context.argument(0), context.input);
+    return "ok";
+}
+
+std::string cat(const command_context& context) {
+    return read_file(context.argument(0));
+}
+
+std::string dir(const command_context& context) {
+    fs::create_directories(context.argument(0));
+    return "ok";
+}
+
+std::string link(const command_context& context) {
+    fs::create_symlink(context.argument(1), context.argument(0));
+    return "ok";
+}
+
+std::string remove(const command_context& context) {
+    return "removed " + std::to_string(fs::remove_all(context.argument(0)));
+}
+
+// What is at a path: its kind, and of a file mode and size, of a directory the number of entries.
+std::string exists(const command_context& context) {
+    fs::path path = context.argument(0);
+    if (!fs::exists(fs::symlink_status(path))) return "nothing";
+    if (fs::is_directory(path))
+        return "directory of " + std::to_string(std::distance(fs::directory_iterator(path),
+                                                              fs::directory_iterator()));
+    char mode[8];
+    snprintf(mode, sizeof mode, "%04o", static_cast<unsigned>(fs::status(path).permissions()));
+    return "file, mode " + std::string(mode) + ", " + std::to_string(fs::file_size(path)) +
+           " bytes";
+}
+
+// instance KEY=VALUE... writes kq.ini and opens the instance.
+std::string instance(const command_context& context) {
+    std::string parameters;
+    for (const std::string& each : context.arguments)
+        parameters += each + "\n";
+    return code_text(context.instance.open(parameters));
+}
+
+// mal NAME... writes kqmal.ini; each instance has an address, but with a "-" before its name none.
+std::string mal(const command_context& context) {
+    std::string text;
+    for (const std::string& each : context.arguments) {
+        bool without = each[0] == '-';
+        std::string name = each.substr(without ? 1 : 0);
+        text += "[MAL_" + name + "]\nMAL_INST_NAME = " + name + "\n";
+        if (!without) text += "MAL_INST_HOST = 192.0.2.1\nMAL_INST_PORT = 5236\n";
+    }
+    write_file("kqmal.ini", text);
+    return "ok";
+}
+
+std::string timers(const command_context& context) {
+    std::string text;
+    for (const std::string& each : context.arguments)
+        text += "[" + each + "]\nTYPE = 2\n";
+    write_file("kqtimer.ini", text);
+    return "ok";
+}
+
+std::string range(const command_context& context) {
+    ini_set_other_ini_range(key_index(context.argument(0)), std::stoll(context.argument(1)),
+                            std::stoll(context.argument(2)));
+    return "ok";
+}
+
+std::string config_path(const command_context& context) {
+    context.argument(0).copy(global_ini_info.config_path, KQ_PATHNAME_MAX);
+    global_ini_info.config_path[context.argument(0).size()] = '\0';
+    return "ok";
+}
+
+std::string fault(const command_context& context) {
+    if (context.argument(0) == "off") {
+        std::string hits = "hits " + std::to_string(kq_fault_hits());
+        kq_fault_disarm();
+        return hits;
+    }
+    kq_fault_arm(context.text(0), context.number(1), context.arguments.size() > 2);
+    return "ok";
+}
+
+kqcode_t start_up(const command_context& context) {
+    const std::string* path = nullptr;
+    std::string given;
+    for (const std::string& each : context.arguments) {
+        if (each.rfind("path=", 0) != 0) continue;
+        given = each.substr(5);
+        path = &given;
+    }
+    arch_cfg_sys_destroy();
+    return arch_cfg_sys_init_with_check(
+        path ? path->c_str() : nullptr, context.option("timer_chk", 1),
+        context.option("valid_chk", 1), context.option("asm_path_chk", 1));
+}
+
+// start [path=PATH] [timer_chk=0] [valid_chk=0] [asm_path_chk=0] starts up from what there is.
+std::string start(const command_context& context) {
+    return code_text(start_up(context));
+}
+
+// load, with the same options, writes its input to kqarch.ini first.
+std::string load(const command_context& context) {
+    write_file("kqarch.ini", context.input);
+    return code_text(start_up(context));
+}
+
+std::string written_text() {
+    static schar text[ARCH_CFG_TEXT_SIZE];
+    registry_lock lock;
+    kqcode_t code = arch_cfg_sys_write_to_rec(text);
+    return code == 0 ? text : code_text(code);
+}
+
+std::string write(const command_context&) {
+    return written_text();
+}
+
+// rewrite loads its input, writes it, loads what was written and writes it again.
+std::string rewrite(const command_context& context) {
+    write_file("kqarch.ini", context.input);
+    if (kqcode_t code = start_up(context); code != 0) return code_text(code);
+    std::string first = written_text();
+    write_file("kqarch.ini", first);
+    if (kqcode_t code = start_up(context); code != 0) return "second " + code_text(code);
+    std::string second = written_text();
+    return first == second ? first : "first:\n" + first + "second:\n" + second;
+}
+
+}  // namespace
+
+const command_table& file_commands() {
+    static const command_table table = {
+        {"file", file},
+        {"cat", cat},
+        {"dir", dir},
+        {"link", link},
+        {"remove", remove},
+        {"exists", exists},
+        {"instance", instance},
+        {"mal", mal},
+        {"timers", timers},
+        {"range", range},
+        {"config_path", config_path},
+        {"fault", fault},
+        {"start", start},
+        {"load", load},
+        {"write", write},
+        {"rewrite", rewrite},
+    };
+    return table;
+}
+
+}  // namespace test_support

@@ -1,0 +1,161 @@
+// Running a scenario: expanding arguments and input, and comparing what each command prints.
+#include "support/scenario.h"
+
+#include <gtest/gtest.h>
+#include <kq_fault.h>
+#include <stdlib.h>
+
+#include <regex>
+#include <sstream>
+#include <stdexcept>
+
+#include "support/capture.h"
+
+namespace test_support {
+
+const std::string& command_context::argument(size_t index) const {
+    if (index >= arguments.size()) throw std::runtime_error("an argument is missing");
+    return arguments[index];
+}
+
+const schar* command_context::text(size_t index) const {
+    return argument(index) == "null" ? nullptr : argument(index).c_str();
+}
+
+ulint command_context::number(size_t index) const {
+    return static_cast<ulint>(std::stoull(argument(index)));
+}
+
+ulint command_context::option(const std::string& name, ulint otherwise) const {
+    for (const std::string& each : arguments) {
+        if (each.rfind(name + "=", 0) == 0)
+            return static_cast<ulint>(std::stoul(each.substr(name.size() + 1)));
+    }
+    return otherwise;
+}
+
+namespace {
+
+using definitions = std::map<std::string, std::string>;
+
+std::string expand_text(std::string text) {
+    static const std::regex repeated(R"(\{([^{}*]+)\*(\d+)\})");
+    static const std::regex escaped(R"(\\x([0-9a-fA-F]{2}))");
+    std::smatch match;
+    while (std::regex_search(text, match, repeated)) {
+        std::string run;
+        for (int count = std::stoi(match[2]); count > 0; count--)
+            run += match[1];
+        text = match.prefix().str() + run + match.suffix().str();
+    }
+    std::string result;
+    while (std::regex_search(text, match, escaped)) {
+        result += match.prefix().str() + static_cast<char>(std::stoi(match[1], nullptr, 16));
+        text = match.suffix().str();
+    }
+    return result + text;
+}
+
+std::vector<std::string> split_command(const std::string& line) {
+    static const std::regex word(R"RE("([^"]*)"|(\S+))RE");
+    std::vector<std::string> words;
+    for (std::sregex_iterator at(line.begin(), line.end(), word), end; at != end; ++at)
+        words.push_back(expand_text((*at)[2].matched ? (*at)[2].str() : (*at)[1].str()));
+    return words;
+}
+
+std::string expand_section(const std::string& line) {
+    static const std::regex section(R"(^(\[[^\]]*\])((?: +[^ =]+=\S*)+)$)");
+    static const std::regex key(R"( +([^ =]+)=(\S*))");
+    std::smatch match;
+    if (!std::regex_match(line, match, section)) return line + "\n";
+    return match[1].str() + std::regex_replace(match[2].str(), key, "\n$1 = $2") + "\n";
+}
+
+std::string expand_input(const std::string& input, const definitions& defined);
+
+std::string expand_repeat(std::istringstream& lines, int from, int to, const definitions& defined) {
+    std::string body, result;
+    for (std::string line; std::getline(lines, line) && line != "end";)
+        body += line + "\n";
+    for (int i = from; i <= to; i++) {
+        std::string each = std::regex_replace(body, std::regex(R"(\{i\})"), std::to_string(i));
+        result += expand_input(each, defined);
+    }
+    return result;
+}
+
+std::string expand_input(const std::string& input, const definitions& defined) {
+    static const std::regex repeat(R"(^repeat (\d+) (\d+)$)");
+    static const std::regex include(R"(^include (\S+)$)");
+    std::istringstream lines(input);
+    std::string result;
+    std::smatch match;
+    for (std::string line; std::getline(lines, line);) {
+        if (std::regex_match(line, match, repeat))
+            result += expand_repeat(lines, std::stoi(match[1]), std::stoi(match[2]), defined);
+        else if (std::regex_match(line, match, include))
+            result += expand_input(defined.at(match[1]), defined);
+        else
+            result += expand_text(expand_section(line));
+    }
+    return result;
+}
+
+command_function find_command(const std::string& name) {
+    for (auto table : {file_commands, registry_commands, call_commands}) {
+        if (auto found = table().find(name); found != table().end()) return found->second;
+    }
+    throw std::runtime_error("no command " + name);
+}
+
+std::string run_directive(const directive& each, command_context& context) {
+    std::vector<std::string> words = split_command(each.command);
+    if (words[0] == "define") {
+        context.definitions[words.at(1)] = each.input;
+        return "ok\n";
+    }
+    context.arguments.assign(words.begin() + 1, words.end());
+    context.input = expand_input(each.input, context.definitions);
+    command_function command = find_command(words[0]);
+    output_capture capture(context.instance.error_log());
+    std::string result = command(context);
+    if (!result.empty() && result.back() != '\n') result += "\n";
+    for (const arch_cfg_sys_t* registry : {&arch_cfg_sys, &context.own_registry}) {
+        if (std::string fault = list_fault(*registry); !fault.empty()) result += fault + "\n";
+    }
+    return capture.lines() + visible(result);
+}
+
+// Records of a registry that is not the process's have no other way to be freed.
+void free_records(arch_cfg_sys_t& registry) {
+    arch_cfg_sys_destroy();
+    arch_cfg_sys.arch_lst = registry.arch_lst;
+    arch_cfg_sys_destroy();
+}
+
+}  // namespace
+
+void run_scenario(const std::filesystem::path& path) {
+    bool rewrite = getenv("SCENARIO_REWRITE") != nullptr;
+    std::vector<directive> directives = read_scenario(path);
+    instance_directory instance;
+    if (instance.open() != 0) throw std::runtime_error("the instance cannot be opened");
+    definitions defined;
+    arch_cfg_sys_t own_registry = arch_cfg_sys;
+    command_context context{{}, "", defined, instance, own_registry};
+    for (directive& each : directives) {
+        std::string got = run_directive(each, context);
+        if (rewrite)
+            each.expected = got;
+        else if (got != each.expected)
+            ADD_FAILURE_AT(path.c_str(), each.line) << each.command << "\nexpected:\n"
+                                                    << each.expected << "got:\n"
+                                                    << got;
+    }
+    kq_fault_disarm();
+    free_records(own_registry);
+    if (rewrite) write_file(path, write_scenario(directives));
+}
+
+}  // namespace test_support
