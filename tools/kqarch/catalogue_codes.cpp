@@ -115,8 +115,8 @@ constexpr code_entry codes[] = {
      "The two kinds of standby exclude each other in one instance.",
      "Decide for one of the two types and change or remove the sections of the other."},
     {CODE(ARCH_E_TOO_MANY_REMOTE), "More than 8 REMOTE destinations.",
-     "A destination was to be changed to REMOTE while 8 exist. (At start-up and when one is added, "
-     "ARCH_E_TOO_MANY_LOCAL is returned.)",
+     "A destination was to be changed to REMOTE while 8 exist; at start-up and when one is added, "
+     "ARCH_E_TOO_MANY_LOCAL stands for this too.",
      "Remove a REMOTE destination before the change."},
     {CODE(ARCH_E_MPP_NOT_SUPPORTED), "TIMELY or REMOTE in MPP mode.",
      "MPP_FLAG in kq.ini is 1, and an instance in MPP mode has neither TIMELY nor REMOTE "

@@ -1,0 +1,142 @@
+// What kqarch explain answers.
+#include "explain.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <ini.h>
+
+#include "catalogue.h"
+
+namespace {
+
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+struct answer {
+    int status;
+    std::string data;
+    std::string diagnostics;
+};
+
+answer explained(const std::string& topic, bool as_json = false) {
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    output out("explain", as_json);
+    const int status = out.finish(run_explain(out, topic));
+    return {status, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
+}
+
+TEST(explain, takes_a_topic_in_every_form) {
+    const struct {
+        const char* topic;
+        const char* heading;
+    } cases[] = {
+        {"-808", "-808 ARCH_E_INVALID_DEST\n"},
+        {"808", "-808 ARCH_E_INVALID_DEST\n"},
+        {"arch_e_invalid_dest", "-808 ARCH_E_INVALID_DEST\n"},
+        {"Invalid_Dest", "-808 ARCH_E_INVALID_DEST\n"},
+        {"-1", "-1 ARCH_E_BACKUP\n"},
+        {"arch_file_size", "ARCH_FILE_SIZE\n"},
+        {"Wait_Apply", "WAIT_APPLY\n"},
+        {"march", "REALTIME\n"},
+        {"Subscribe", "SUBSCRIBE\n"},
+    };
+    for (const auto& [topic, heading] : cases) {
+        const answer got = explained(topic);
+        EXPECT_EQ(got.status, exit_good) << topic;
+        EXPECT_THAT(got.data, StartsWith(heading)) << topic;
+        EXPECT_EQ(got.diagnostics, "") << topic;
+    }
+}
+
+TEST(explain, suggests_what_was_meant) {
+    const struct {
+        const char* topic;
+        const char* hint;
+    } cases[] = {
+        {"ARCH_FLIE_SIZE", "hint: Did you mean ARCH_FILE_SIZE"},
+        {"REALTIM", "hint: Did you mean REALTIME"},
+        {"TIMER_NOT_FUOND", "hint: Did you mean TIMER_NOT_FOUND"},
+        {"-80", "hint: \"kqarch explain\" alone lists"},
+        {"0", "hint: \"kqarch explain\" alone lists"},
+        {"808x", "hint: \"kqarch explain\" alone lists"},
+        {"99999999999999999999", "hint: \"kqarch explain\" alone lists"},
+        {"-2147483648", "hint: \"kqarch explain\" alone lists"},
+        {"zzzzzz\n", "nothing is known about \"zzzzzz\\x0a\""},
+    };
+    for (const auto& [topic, hint] : cases) {
+        const answer got = explained(topic);
+        EXPECT_EQ(got.status, exit_refused) << topic;
+        EXPECT_EQ(got.data, "") << topic;
+        EXPECT_THAT(got.diagnostics, HasSubstr(hint)) << topic;
+    }
+}
+
+TEST(explain, reads_bounds_when_it_is_asked) {
+    const other_ini_alterable_t before = *ini_get_other_ini_info_by_index(ini_index_xmal_port);
+    EXPECT_THAT(explained("XMAL_PORT").data, HasSubstr("1 to 65535"));
+    ini_set_other_ini_range(ini_index_xmal_port, 1000, 2000);
+    EXPECT_THAT(explained("XMAL_PORT").data, HasSubstr("1000 to 2000"));
+    const json key = json::parse(explained("XMAL_PORT", true).data)["keys"][0];
+    EXPECT_EQ(key["minimum"], 1000);
+    EXPECT_EQ(key["maximum"], 2000);
+    ini_set_other_ini_range(ini_index_xmal_port, before.min_value, before.max_value);
+}
+
+TEST(explain, keeps_to_the_width_of_a_terminal) {
+    std::istringstream lines(explained("-803").data + explained("").data + explained("RAFT").data +
+                             explained("ARCH_DEST").data);
+    for (std::string line; std::getline(lines, line);)
+        EXPECT_LE(line.size(), 90U) << line;
+}
+
+TEST(explain, lists_everything_without_a_topic) {
+    const answer got = explained("");
+    EXPECT_EQ(got.status, exit_good);
+    for (const type_entry& type : all_types())
+        EXPECT_THAT(got.data, HasSubstr(type.name));
+    for (const key_entry& key : all_keys())
+        EXPECT_THAT(got.data, HasSubstr(key.name));
+    for (const code_entry& entry : all_codes())
+        EXPECT_THAT(got.data, HasSubstr(std::to_string(entry.code)));
+}
+
+TEST(explain, as_json_has_the_same_fields_for_every_topic) {
+    const struct {
+        const char* topic;
+        size_t codes, keys, types;
+        int status;
+    } cases[] = {
+        {"-808", 1, 0, 0, exit_good},
+        {"ARCH_DEST", 0, 1, 0, exit_good},
+        {"LOCAL", 0, 0, 1, exit_good},
+        {"nothing such", 0, 0, 0, exit_refused},
+        {"", all_codes().size(), all_keys().size(), all_types().size(), exit_good},
+    };
+    for (const auto& [topic, codes, keys, types, status] : cases) {
+        const answer got = explained(topic, true);
+        const json document = json::parse(got.data);
+        EXPECT_EQ(got.status, status) << topic;
+        EXPECT_EQ(got.diagnostics, "") << topic;
+        EXPECT_EQ(document["schema_version"], 1) << topic;
+        EXPECT_EQ(document["exit_code"], status) << topic;
+        EXPECT_EQ(document["diagnostics"].empty(), status == exit_good) << topic;
+        EXPECT_EQ(document["topic"].is_null(), *topic == '\0') << topic;
+        EXPECT_EQ(document["codes"].size(), codes) << topic;
+        EXPECT_EQ(document["keys"].size(), keys) << topic;
+        EXPECT_EQ(document["types"].size(), types) << topic;
+    }
+}
+
+TEST(explain, no_name_means_two_things) {
+    for (const code_entry& entry : all_codes()) {
+        const std::string_view bare = std::string_view(entry.name).substr(7);
+        EXPECT_EQ(find_key(bare), nullptr) << bare;
+        EXPECT_EQ(find_type(bare), nullptr) << bare;
+    }
+    for (const key_entry& key : all_keys())
+        EXPECT_EQ(find_type(key.name), nullptr) << key.name;
+}
+
+}  // namespace
