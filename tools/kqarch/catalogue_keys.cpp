@@ -107,7 +107,7 @@ constexpr key_entry keys[] = {
      "Must be given; no two members, and not RAFT_SELF_ID, have the same number.", true},
     {ini_index_raft_learner, "RAFT_LEARNER", global, false, "", "0", none,
      "1: this node is a learner of the Raft group.",
-     "Lost when the server rewrites the file: add it again afterwards.", false},
+     "Must be added again after the server has rewritten the file.", false},
     {ini_index_arch_wait_apply, "WAIT_APPLY", section, false, "",
      "ARCH_WAIT_APPLY, and without that 0 for REALTIME and 1 for TIMELY", standbys,
      "1: the server waits until this standby has applied what it was sent.",
@@ -133,11 +133,10 @@ constexpr key_entry keys[] = {
     {ini_index_arch_threshold_per_second, "ARCH_THRESHOLD_PER_SECOND", section, false, "", "0",
      subscriber, "The threshold of the subscriber, per second.", "", true},
     {ini_index_arch_recv_path, "ARCH_RECV_PATH", section, true, "", "none", every_type,
-     "Read and kept, and used by nothing.",
-     "At most 64 characters. Lost when the server rewrites the file.", false},
+     "Read and kept, and used by nothing.", "At most 64 characters.", false},
     {ini_index_arch_asm_mirror, "ARCH_ASM_MIRROR", global, false, "", "none", none,
      "The mirror setting of archive files on ASM storage.", "", true},
-    {ini_index_arch_asm_striping, "ARCH_ASM_STRIPING", global, false, "", "none", none,
+    {ini_index_arch_asm_striping, "ARCH_ASM_STRIPING", global, false, "KB", "none", none,
      "The striping size of archive files on ASM storage.", "Exactly 0, 32, 64, 128 or 256.", true},
 };
 
