@@ -30,8 +30,9 @@ class timer_reader : public config_reader {
     kqcode_t on_section(const schar* name) override {
         kqcode_t code = check_name(name);
         if (code < 0) return code;
-        current_ = &read_timers[name];
-        copy_text(current_->entry.name, name);
+        auto place = read_timers.try_emplace(name).first;
+        current_ = &place->second;
+        copy_text(current_->entry.name, place->first);
         return 0;
     }
 

@@ -1,0 +1,208 @@
+// Mutexes, memory, the pool of a caller and the fault points.
+#include <errno.h>
+#include <gtest/gtest.h>
+#include <kq_fault.h>
+#include <mem.h>
+#include <os.h>
+#include <osfile.h>
+#include <osmutex.h>
+
+#include <cstdint>
+#include <cstring>
+#include <thread>
+#include <vector>
+
+namespace {
+
+// The analysis cannot follow a lock that is taken through the member, as its lockers do.
+int lock(os_mutex_t& mutex) KQ_NO_THREAD_ANALYSIS {
+    return pthread_mutex_lock(&mutex.the_mutex);
+}
+int unlock(os_mutex_t& mutex) KQ_NO_THREAD_ANALYSIS {
+    return pthread_mutex_unlock(&mutex.the_mutex);
+}
+
+// The thread sanitizer reports the very misuse that these tests are about.
+bool misuse_is_reported() {
+#if defined(__SANITIZE_THREAD__)
+    return true;
+#elif defined(__has_feature)
+    return __has_feature(thread_sanitizer);
+#else
+    return false;
+#endif
+}
+
+TEST(mutex, reports_a_second_lock_and_a_strange_unlock) {
+    if (misuse_is_reported()) GTEST_SKIP();
+    os_mutex_t mutex;
+    os_mutex2_create(&mutex);
+    os_mutex2_set_level(&mutex, 4294967245u);
+    EXPECT_EQ(mutex.owner, 4294967295u);
+    EXPECT_EQ(unlock(mutex), EPERM);
+    EXPECT_EQ(lock(mutex), 0);
+    EXPECT_EQ(lock(mutex), EDEADLK);
+    std::thread([&] { EXPECT_EQ(unlock(mutex), EPERM); }).join();
+    EXPECT_EQ(unlock(mutex), 0);
+    os_mutex2_free(&mutex);
+}
+
+TEST(mutex, survives_its_holder) {
+    os_mutex_t mutex;
+    os_mutex2_create(&mutex);
+    std::thread([&] { EXPECT_EQ(lock(mutex), 0); }).join();
+    EXPECT_EQ(lock(mutex), EOWNERDEAD);
+    EXPECT_EQ(pthread_mutex_consistent(&mutex.the_mutex), 0);
+    EXPECT_EQ(unlock(mutex), 0);
+    EXPECT_EQ(lock(mutex), 0);
+    EXPECT_EQ(unlock(mutex), 0);
+    os_mutex2_free(&mutex);
+}
+
+TEST(mutex, may_be_freed_twice_and_is_then_refused) {
+    if (misuse_is_reported()) GTEST_SKIP();
+    os_mutex_t mutex;
+    os_mutex2_create(&mutex);
+    os_mutex2_free(&mutex);
+    os_mutex2_free(&mutex);
+    EXPECT_EQ(lock(mutex), EINVAL);
+    os_mutex2_create(&mutex);
+    EXPECT_EQ(lock(mutex), 0);
+    EXPECT_EQ(unlock(mutex), 0);
+    os_mutex2_free(&mutex);
+    os_mutex_t never_created;
+    std::memset(static_cast<void*>(&never_created), 0, sizeof never_created);
+    os_mutex2_free(&never_created);
+    EXPECT_EQ(lock(never_created), EINVAL);
+}
+
+TEST(interlocked, access_has_the_width_of_the_field) {
+    struct {
+        usint before = 0xffff;
+        usint field = 0;
+        usint after = 0xffff;
+    } fields;
+    os_interlock_write(&fields.field, 0x1234);
+    EXPECT_EQ(os_interlock_read(&fields.field), 0x1234);
+    EXPECT_EQ(fields.before & fields.after, 0xffff);
+}
+
+TEST(ticks, go_forward_while_a_thread_sleeps) {
+    ulint64 before = kq_get_tick_count();
+    os_thread_sleep_low(20);
+    EXPECT_GE(kq_get_tick_count() - before, 20u);
+}
+
+TEST(halting, prints_and_aborts) {
+    EXPECT_DEATH(kq_sys_halt("stopped: 5%", -1), "stopped: 5%");
+}
+
+TEST(pool, counts_blocks_and_keeps_its_limit_to_the_byte) {
+    kqenv_t env = mem_env_create(100);
+    void* first = mem_malloc_ex(env, 60, __FILE__, __LINE__);
+    void* second = mem_malloc_ex(env, 40, __FILE__, __LINE__);
+    ASSERT_NE(first, nullptr);
+    ASSERT_NE(second, nullptr);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(second) % alignof(std::max_align_t), 0u);
+    std::memset(first, 1, 60);
+    EXPECT_EQ(mem_malloc_ex(env, 1, __FILE__, __LINE__), nullptr);
+    EXPECT_EQ(mem_malloc_ex(env, ~0ull, __FILE__, __LINE__), nullptr);
+    mem_free(env, first);
+    mem_free(env, nullptr);
+    EXPECT_EQ(mem_malloc_ex(env, 61, __FILE__, __LINE__), nullptr);
+    EXPECT_NE(mem_malloc_ex(env, 60, __FILE__, __LINE__), nullptr);
+    EXPECT_EQ(mem_env_destroy(env), 2u);
+    EXPECT_EQ(mem_env_destroy(nullptr), 0u);
+    EXPECT_EQ(mem_malloc_ex(nullptr, 1, __FILE__, __LINE__), nullptr);
+}
+
+TEST(pool, without_limit_refuses_only_what_there_is_no_memory_for) {
+    kqenv_t env = mem_env_create(0);
+    EXPECT_EQ(mem_malloc_ex(env, ~0ull, __FILE__, __LINE__), nullptr);
+    void* block = mem_malloc_ex(env, 1000000, __FILE__, __LINE__);
+    EXPECT_NE(block, nullptr);
+    mem_free(env, block);
+    EXPECT_EQ(mem_env_destroy(env), 0u);
+}
+
+TEST(pool, is_shared_by_threads) {
+    kqenv_t env = mem_env_create(1 << 20);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([env] {
+            for (int round = 0; round < 1000; ++round) {
+                mem_free(env, mem_malloc_ex(env, 100, __FILE__, __LINE__));
+            }
+            mem_malloc_ex(env, 100, __FILE__, __LINE__);
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(mem_env_destroy(env), 4u);
+}
+
+// Which of five allocations failed.
+std::string failing_allocations() {
+    std::string shown;
+    for (int i = 0; i < 5; ++i) {
+        void* block = os_malloc(0);
+        shown += block != nullptr ? '.' : 'x';
+        os_free(block);
+    }
+    return shown;
+}
+
+TEST(faults, hit_the_calls_that_were_armed) {
+    struct {
+        const char* what;
+        ulint nth;
+        kqbool for_good;
+        const char* expected;
+        ulint hits;
+    } cases[] = {
+        {"os_malloc", 1, 0, "x....", 1},     {"os_malloc", 3, 0, "..x..", 1},
+        {"os_malloc", 3, 1, "..xxx", 3},     {"any", 5, 1, "....x", 1},
+        {"mem_malloc_ex", 1, 1, ".....", 0}, {"os_malloc", 6, 1, ".....", 0},
+    };
+    for (const auto& each : cases) {
+        kq_fault_arm(each.what, each.nth, each.for_good);
+        EXPECT_EQ(failing_allocations(), each.expected) << each.what << each.nth;
+        kq_fault_disarm();
+        EXPECT_EQ(kq_fault_hits(), each.hits) << each.what << each.nth;
+        EXPECT_EQ(failing_allocations(), ".....");
+    }
+}
+
+TEST(faults, count_every_call_once_with_many_threads) {
+    kq_fault_arm("os_malloc", 101, 1);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([] {
+            for (int call = 0; call < 100; ++call)
+                os_free(os_malloc(8));
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(kq_fault_hits(), 300u);
+    kq_fault_disarm();
+}
+
+TEST(faults, belong_to_the_call_they_are_named_after) {
+    kqenv_t env = mem_env_create(0);
+    kq_fault_arm("mem_malloc_ex", 1, 0);
+    EXPECT_EQ(mem_malloc_ex(env, 1, __FILE__, __LINE__), nullptr);
+    kq_fault_arm("file_delete", 1, 0);
+    EXPECT_EQ(os_file_delete("no such file"), 0u);
+    EXPECT_EQ(kq_fault_hits(), 1u);
+    kq_fault_arm("dir_create", 1, 0);
+    EXPECT_EQ(os_dir_create("."), 0u);
+    EXPECT_EQ(os_dir_create("."), 1u);
+    kq_fault_arm("file_create", 1, 0);
+    EXPECT_EQ(os_file_create_normal("never_created"), OS_HANDLE_INVALID);
+    EXPECT_EQ(os_file_is_exist("never_created"), 0u);
+    kq_fault_disarm();
+    EXPECT_EQ(mem_env_destroy(env), 0u);
+}
+
+}  // namespace
