@@ -1,0 +1,229 @@
+#include "check.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+
+#include "catalogue.h"
+#include "config_file.h"
+#include "instance.h"
+#include "loading.h"
+#include "osfile.h"
+#include "text.h"
+
+namespace {
+
+enum class outcome { would_start, would_not_start, not_checked };
+
+struct verdict {
+    std::string directory;
+    outcome result = outcome::would_start;
+    kqcode_t code = 0;
+    std::optional<bool> archiving = {};  // unknown when the instance does not open
+    std::map<ulint, ulint> counts = {};  // destinations by type
+};
+
+// A directory that the server would make, and the line that names it.
+struct missing_directory {
+    std::string section;
+    std::string path;
+};
+
+class checker {
+  public:
+    checker(const check_options& options, const std::string& directory, output& out)
+        : options_(options), out_(out), instance_(directory) {
+        verdict_.directory = instance_.directory();
+    }
+
+    verdict run() {
+        os_set_dry_run(options_.probe ? 0 : 1);
+        if (instance_.failure()) {
+            give_up(*instance_.failure());
+        } else {
+            verdict_.archiving = instance_.archiving();
+            if (*verdict_.archiving) check_config();
+        }
+        os_set_dry_run(0);
+        return verdict_;
+    }
+
+  private:
+    void give_up(const problem& found) {
+        out_.report(found.found);
+        verdict_.code = found.found.code;
+        verdict_.result =
+            found.status == exit_failed ? outcome::not_checked : outcome::would_not_start;
+    }
+
+    void refuse(const std::vector<diagnostic>& found, kqcode_t code) {
+        for (const diagnostic& one : found)
+            out_.report(one);
+        verdict_.code = code;
+        verdict_.result = outcome::would_not_start;
+    }
+
+    void check_config() {
+        if (instance_.config_missing()) {
+            if (!check_absent_config()) return;
+        } else if (kqcode_t code = file_.read(instance_.config_file()); code < 0) {
+            return give_up(unreadable(file_.path(), code));
+        }
+        std::vector<diagnostic> refused = load(file_);
+        if (!refused.empty()) return refuse(refused, refused.front().code);
+        check_rules();
+    }
+
+    bool check_absent_config() {
+        if (instance_.config_creatable()) {
+            out_.report({.level = severity::note,
+                         .file = instance_.config_file(),
+                         .text = "does not exist; the server would create it empty"});
+            return true;
+        }
+        give_up({exit_failed,
+                 {.file = instance_.config_file(),
+                  .code = ARCH_E_FILE_OPEN,
+                  .text = "does not exist, and cannot be created",
+                  .hint = find_code(ARCH_E_FILE_OPEN)->remedy}});
+        return false;
+    }
+
+    void check_rules() {
+        std::vector<missing_directory> missing = missing_directories();
+        validation result = validate(file_, options_.rules);
+        if (result.code < 0) refuse(result.failures, result.code);
+        for (const missing_directory& one : missing)
+            note_missing(one, result.failures);
+        for (const std::string& text : result.log_warnings)
+            warn(text);
+        if (result.code == 0) count_destinations();
+    }
+
+    std::vector<missing_directory> missing_directories() const {
+        registry_hold hold;
+        std::vector<missing_directory> missing;
+        for (arch_cfg_t* arch = arch_cfg_sys.arch_lst.start; arch; arch = arch->link.next) {
+            bool has_directory = arch->type == ARCH_TYPE_LOCAL || arch->type == ARCH_TYPE_REMOTE;
+            bool unseen = os_file_path_is_asm(arch->dest) != 0 && !options_.rules.asm_paths;
+            if (has_directory && !unseen && arch->dest[0] != '\0' && !os_dir_is_exist(arch->dest))
+                missing.push_back({arch->name, arch->dest});
+        }
+        return missing;
+    }
+
+    void note_missing(const missing_directory& missing, const std::vector<diagnostic>& failures) {
+        auto is_its_own = [&](const diagnostic& one) { return one.section == missing.section; };
+        bool exists = os_dir_is_exist(missing.path.c_str()) != 0;
+        if (!exists && std::any_of(failures.begin(), failures.end(), is_its_own)) return;
+        ulint incoming = file_.key_line(missing.section, "ARCH_INCOMING_PATH");
+        ulint line = incoming != 0 ? incoming : file_.key_line(missing.section, "ARCH_DEST");
+        out_.report({.level = severity::note,
+                     .file = file_.path(),
+                     .line = line,
+                     .section = missing.section,
+                     .key = incoming != 0 ? "ARCH_INCOMING_PATH" : "ARCH_DEST",
+                     .text = "directory " + file_.passwords().hide(missing.path) +
+                             (exists ? " did not exist and was created"
+                                     : " does not exist; the server would create it")});
+    }
+
+    void warn(const std::string& text) {
+        out_.report({.level = severity::warning,
+                     .file = file_.path(),
+                     .text = file_.passwords().hide(text),
+                     .hint = "Add a destination for the instance if it is to receive archives."});
+    }
+
+    void count_destinations() {
+        registry_hold hold;
+        for (const arch_cfg_t* arch = arch_cfg_sys.arch_lst.start; arch; arch = arch->link.next)
+            ++verdict_.counts[arch->type];
+    }
+
+    const check_options& options_;
+    output& out_;
+    instance instance_;
+    config_file file_;
+    verdict verdict_;
+};
+
+std::string counts_text(const verdict& given) {
+    std::vector<std::string> counts;
+    for (const auto& [type, count] : given.counts)
+        counts.push_back(std::to_string(count) + " " + arch_cfg_get_arch_name_by_type(type));
+    return counts.empty() ? "no destinations" : join(counts, ", ");
+}
+
+std::string code_text(kqcode_t code) {
+    const code_entry* entry = find_code(code);
+    return std::to_string(code) + (entry != nullptr ? std::string(" ") + entry->name : "");
+}
+
+std::string verdict_text(const verdict& given) {
+    if (given.result == outcome::not_checked) return "could not be checked";
+    if (given.result == outcome::would_not_start)
+        return "would not start: " + code_text(given.code);
+    if (given.archiving == false)
+        return "would start: archiving is off, the server does not look at kqarch.ini";
+    return "would start: " + counts_text(given);
+}
+
+nlohmann::ordered_json as_document(const verdict& given) {
+    const char* results[] = {"would_start", "would_not_start", "not_checked"};
+    const code_entry* entry = find_code(given.code);
+    nlohmann::ordered_json counts = nlohmann::ordered_json::object();
+    for (const type_entry& type : all_types()) {
+        auto found = given.counts.find(type.number);
+        if (type.number != ARCH_TYPE_NONE)
+            counts[type.name] = found != given.counts.end() ? found->second : 0;
+    }
+    nlohmann::ordered_json archiving;
+    if (given.archiving) archiving = *given.archiving;
+    return {{"directory", visible(given.directory)},
+            {"verdict", results[static_cast<int>(given.result)]},
+            {"code",
+             given.result != outcome::not_checked ? nlohmann::ordered_json(given.code) : nullptr},
+            {"name", entry != nullptr ? nlohmann::ordered_json(entry->name) : nullptr},
+            {"archiving", archiving},
+            {"counts", counts}};
+}
+
+size_t count_results(const std::vector<verdict>& verdicts, outcome result) {
+    return static_cast<size_t>(
+        std::count_if(verdicts.begin(), verdicts.end(),
+                      [result](const verdict& given) { return given.result == result; }));
+}
+
+void print_summary(const std::vector<verdict>& verdicts, output& out) {
+    size_t good = count_results(verdicts, outcome::would_start);
+    size_t refused = count_results(verdicts, outcome::would_not_start);
+    size_t failed = count_results(verdicts, outcome::not_checked);
+    out.set("summary", {{"directories", verdicts.size()},
+                        {"would_start", good},
+                        {"would_not_start", refused},
+                        {"not_checked", failed}});
+    if (verdicts.size() < 2) return;
+    std::vector<std::string> parts;
+    if (good > 0) parts.push_back(std::to_string(good) + " would start");
+    if (refused > 0) parts.push_back(std::to_string(refused) + " would not start");
+    if (failed > 0) parts.push_back(std::to_string(failed) + " could not be checked");
+    out.print_heading(count_of(verdicts.size(), "directory") + ": " + join(parts, ", "));
+}
+
+}  // namespace
+
+exit_status run_check(const check_options& options, output& out) {
+    std::vector<verdict> verdicts;
+    nlohmann::ordered_json documents = nlohmann::ordered_json::array();
+    for (const std::string& directory : options.directories) {
+        verdict given = checker(options, directory, out).run();
+        out.print_heading(visible(given.directory) + ": " + verdict_text(given));
+        documents.push_back(as_document(given));
+        verdicts.push_back(std::move(given));
+    }
+    out.set("directories", documents);
+    print_summary(verdicts, out);
+    if (count_results(verdicts, outcome::not_checked) > 0) return exit_failed;
+    return count_results(verdicts, outcome::would_not_start) > 0 ? exit_refused : exit_good;
+}

@@ -1,0 +1,164 @@
+#include "init.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <optional>
+
+#include "init_plan.h"
+#include "kqtype.h"
+#include "text.h"
+#include "utl.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// What the server puts behind the directory: a node, an archive directory and an archive file.
+constexpr size_t longest_directory = KQ_PATHNAME_MAX - 70;
+
+struct failure {
+    exit_status status;
+    std::string file;
+    std::string text;
+    std::string hint = {};
+};
+
+failure could_not(const std::string& file, const std::string& why) {
+    return {exit_failed, file, why};
+}
+
+bool write_all(int file, const std::string& text) {
+    size_t written = 0;
+    while (written < text.size()) {
+        ssize_t count = write(file, text.data() + written, text.size() - written);
+        if (count < 0 && errno != EINTR) return false;
+        if (count > 0) written += static_cast<size_t>(count);
+    }
+    return true;
+}
+
+class initialiser {
+  public:
+    initialiser(const init_options& options, output& out) : options_(options), out_(out) {}
+
+    exit_status run() {
+        std::optional<failure> failed = make();
+        if (!failed) return tell();
+        for (auto path = made_.rbegin(); path != made_.rend(); ++path)
+            std::remove(path->c_str());
+        return out_.fail(failed->status, failed->text, failed->file, failed->hint);
+    }
+
+  private:
+    std::optional<failure> make() {
+        std::error_code error;
+        root_ = fs::weakly_canonical(fs::absolute(options_.directory, error), error);
+        if (error) return could_not(options_.directory, error.message());
+        while (root_.size() > 1 && root_.back() == '/')
+            root_.pop_back();
+        if (std::optional<failure> bad = why_unfit()) return bad;
+        if (std::optional<failure> failed = make_directory(root_)) return failed;
+        plan_ = plan_init(options_.kind, root_ == "/" ? "" : root_);
+        for (const std::string& directory : plan_.directories)
+            if (std::optional<failure> failed = make_directory(root_ + "/" + directory))
+                return failed;
+        for (const planned_file& file : plan_.files)
+            if (std::optional<failure> failed = write_file(file)) return failed;
+        return std::nullopt;
+    }
+
+    std::optional<failure> why_unfit() const {
+        if (is_valid_pathname(root_.c_str(), 0) == 0 || root_.size() > longest_directory)
+            return failure{exit_refused, options_.directory,
+                           "its path has a control character, or more than " +
+                               std::to_string(longest_directory) +
+                               " characters: the paths of archive files would not be valid"};
+        std::error_code error;
+        fs::file_status status = fs::status(root_, error);
+        if (status.type() == fs::file_type::not_found) return std::nullopt;
+        if (!fs::is_directory(status))
+            return could_not(options_.directory, error ? error.message() : "is no directory");
+        bool empty = fs::is_empty(root_, error);
+        if (error) return could_not(options_.directory, error.message());
+        if (empty) return std::nullopt;
+        return failure{exit_refused, options_.directory, "is not empty",
+                       "Give a new directory; nothing was written."};
+    }
+
+    std::optional<failure> make_directory(const std::string& path) {
+        std::string parent = fs::path(path).parent_path();
+        if (!parent.empty() && !fs::exists(parent))
+            if (std::optional<failure> failed = make_directory(parent)) return failed;
+        if (mkdir(path.c_str(), 0750) == 0)
+            made_.push_back(path);
+        else if (errno != EEXIST)
+            return could_not(path, std::strerror(errno));
+        return std::nullopt;
+    }
+
+    std::optional<failure> write_file(const planned_file& planned) {
+        std::string path = root_ + "/" + planned.path;
+        int file =
+            open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, planned.mode);
+        if (file < 0) return could_not(path, std::strerror(errno));
+        made_.push_back(path);
+        bool written = write_all(file, planned.text) && fsync(file) == 0;
+        int reason = errno;
+        bool closed = close(file) == 0;
+        if (written && closed) return std::nullopt;
+        return could_not(path, std::strerror(written ? errno : reason));
+    }
+
+    std::string shown_path(const std::string& inside) const {
+        std::string path = options_.directory;
+        while (path.size() > 1 && path.back() == '/')
+            path.pop_back();
+        if (inside.empty()) return path;
+        return path + (path == "/" ? "" : "/") + inside;
+    }
+
+    std::vector<std::string> shown_instances() const {
+        std::vector<std::string> shown;
+        for (const std::string& instance : plan_.instances)
+            shown.push_back(shown_path(instance));
+        return shown;
+    }
+
+    exit_status tell() {
+        std::vector<std::string> files;
+        for (const planned_file& file : plan_.files)
+            files.push_back(shown_path(file.path));
+        std::vector<std::string> next = {"kqarch check " + join(shown_instances(), " "),
+                                         "kqarch show " + shown_instances().front()};
+        out_.set("kind", options_.kind);
+        out_.set("instances", shown_instances());
+        out_.set("files", files);
+        out_.set("next", next);
+        out_.print_heading("Wrote a " + options_.kind + " instance:");
+        for (const std::string& file : files)
+            out_.print("  " + visible(file) + "\n");
+        out_.print_heading("Next, set the names, hosts and ports of your machines in them, then:");
+        for (const std::string& command : next)
+            out_.print("  " + visible(command) + "\n");
+        return exit_good;
+    }
+
+    const init_options& options_;
+    output& out_;
+    std::string root_;
+    init_plan plan_;
+    std::vector<std::string> made_;  // taken back when something fails
+};
+
+}  // namespace
+
+exit_status run_init(const init_options& options, output& out) {
+    for (const char* field : {"kind", "instances", "files", "next"})
+        out.set(field, nullptr);
+    return initialiser(options, out).run();
+}

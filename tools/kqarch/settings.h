@@ -1,0 +1,30 @@
+// The settings of a loaded configuration, ready to be shown: with units, without passwords.
+#ifndef KQARCH_SETTINGS_H
+#define KQARCH_SETTINGS_H
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "arch_cfg.h"
+
+struct setting {
+    std::string name;   // for people: "file size"
+    std::string field;  // for programs: "file_size_mb"
+    std::string shown;  // "1024 MB"
+    nlohmann::ordered_json value;
+};
+
+// The global settings that are configured, by their keys.
+std::vector<setting> global_settings() KQ_REQUIRES(arch_cfg_sys.mutex);
+
+// What ARCH_DEST says: a directory, instance names, or a connection text.
+std::string destination_of(const arch_cfg_t& arch);
+
+// Size of a file, limit and buffer of LOCAL and REMOTE; empty for the others.
+std::vector<setting> sizes_of(const arch_cfg_t& arch);
+
+// The settings that the record's type has besides these.
+std::vector<setting> own_settings_of(const arch_cfg_t& arch);
+
+#endif
