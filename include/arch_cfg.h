@@ -15,9 +15,9 @@
  * recursive: a second lock by its holder halts the process. "Lock: held" means that the caller
  * holds it (between arch_cfg_sys_enter and arch_cfg_sys_exit), "Lock: taken" that the function
  * takes and releases it and is called without it, "Lock: none" that it needs none. With clang and
- * -Wthread-safety the compiler checks this at every call. Where a function has a registry
- * parameter, null means the process registry, which it then locks itself or expects locked, as it
- * says; the address of a registry, `arch_cfg_sys` included, is used as it is.
+ * -Wthread-safety the compiler checks this at every call of a function with an annotation. Where a
+ * function has a registry parameter, null means the process registry, which it then locks itself or
+ * expects locked, as it says; the address of a registry, `arch_cfg_sys` included, is used as it is.
  *
  * Memory. The registry owns its records: one block each from os_malloc. A record pointer that a
  * function returns is borrowed: it is safe while the caller holds the lock, or while nobody drops
@@ -325,9 +325,9 @@ ARCH_CFG_API arch_cfg_t* arch_cfg_find_by_dest_low(const schar* dest)
 
 /* With `subscribe_flag` exactly 1 the subscriber, whatever `dest_org` says. Otherwise the record
  * that the whole text names, or else the first that one of its pieces between "/" names, tried in
- * order; empty pieces are skipped. Null when nothing is found, and when the text has a piece of
- * more than 128 characters or more than 16 pieces.
- * Lock: taken once for each search, so that it is not atomic. */
+ * order; empty pieces are skipped. Pieces are not searched for when one has more than 128
+ * characters or there are more than 16. Lock: taken once for each search, so that it is not atomic.
+ */
 ARCH_CFG_API arch_cfg_t* arch_cfg_find_by_dest(const schar* dest_org, kqbool subscribe_flag)
     KQ_EXCLUDES(arch_cfg_sys.mutex);
 
@@ -397,8 +397,9 @@ ARCH_CFG_API void arch_init(arch_cfg_t* arch, const schar* name);
 /* Writes a name for a new section of `type` into `subname` (129 characters): the type's prefix and
  * a number one above the highest that any section name of the process registry has behind that
  * prefix, 1 if none has; gaps are not filled. The prefix is looked for anywhere in a name, with
- * case: archive_local4 does not count for ARCHIVE_LOCAL. `subname` stays as it is for a type
- * without a prefix (NONE, RAFT, LEARNER, above 9). Lock: held. */
+ * case: archive_local4 does not count for ARCHIVE_LOCAL. At most 10000 numbers are looked at. They
+ * have 32 bits and are printed signed: above 2147483647 they come out negative. `subname` stays as
+ * it is for a type without a prefix (NONE, RAFT, LEARNER, above 9). Lock: held. */
 ARCH_CFG_API void arch_cfg_get_name(ulint type, schar* subname) KQ_REQUIRES(arch_cfg_sys.mutex);
 
 /* The INI reader's callback for a key: checks the value and stores it in the record `arch` of the
@@ -409,7 +410,10 @@ ARCH_CFG_API void arch_cfg_get_name(ulint type, schar* subname) KQ_REQUIRES(arch
  * may have changed `dest_insts`, for two SYNC names also `n_inst`):
  *   ARCH_E_NO_SECTION        a section's key without a section; printed only
  *   ARCH_E_INVALID_VALUE     longer than 256 characters in a LOCAL or REMOTE section, 128 elsewhere
- *                            (silent); no integer (silent); outside its bounds; a rule of its own
+ *                            (silent); no integer (silent); outside its bounds; ARCH_SEND_DELAY
+ *                            above 1440 or WAIT_APPLY above 1 (silent); XMAL_HB_INTERVAL 0, a
+ *                            striping size that ASM does not have, ARCH_DEST_IP, XMAL_IP or
+ *                            ARCH_RECV_PATH longer than 64 (printed only)
  *   ARCH_E_PARA_NOT_ALLOWED  no key of kqarch.ini, or an unknown type (silent); ARCH_DEST,
  *                            ARCH_TIMER_NAME or ARCH_INCOMING_PATH before ARCH_TYPE
  *   ARCH_E_TIMER_NOT_FOUND   an empty ARCH_TIMER_NAME of an ASYNC section; silent
@@ -419,7 +423,8 @@ ARCH_CFG_API void arch_cfg_get_name(ulint type, schar* subname) KQ_REQUIRES(arch
  *                            arch_cfg_check_subscb_dest (ARCH_DEST of SUBSCRIBE, trimmed)
  * XMAL_*, RAFT_* and SELF_CENTER_ID always go to the process registry, the other settings to the
  * registry given. Each ARCH_TYPE = RAFT adds 1 to `raft_cnt` of the process registry.
- * Lock: with a null `cfg_sys` taken; else the caller's business. */
+ * Lock: with a null `cfg_sys` taken; else the caller's business, who then holds the process
+ * registry's lock too where other threads use it. */
 ARCH_CFG_API kqcode_t arch_cfg_add_value(void* cfg_sys, arch_cfg_t* arch, const schar* para_name,
                                          schar* value_str);
 
@@ -447,6 +452,26 @@ ARCH_CFG_API void arch_cfg_write_raft_ini(schar* rec_str, schar* buf, arch_cfg_t
 ARCH_CFG_API void arch_cfg_write_subscribe_ini(schar* rec_str, schar* buf, arch_cfg_t* arch)
     KQ_REQUIRES(arch_cfg_sys.mutex);
 
+/* Rewrites kqarch.ini in the configuration directory with the text of the process registry. The
+ * file is rewritten in place, mode and owner kept; a new one gets mode 0600. The text is complete
+ * before the file is opened, and on disk on return. A failure in between leaves the file short.
+ *   ARCH_E_FILE_OPEN      it cannot be opened (silent), or not be written whole (logged only, with
+ *                         the file and the reason)
+ *   ARCH_E_OUT_OF_MEMORY  the text does not fit (arch_cfg_sys_write_to_rec); the file is untouched
+ * Lock: held. */
+ARCH_CFG_API kqcode_t arch_cfg_sys_write_to_file(void) KQ_REQUIRES(arch_cfg_sys.mutex);
+
+/* The same with a text that was made before, byte for byte; the registry is not changed.
+ * ARCH_E_INVALID_VALUE for a null text; silent. Lock: taken when `with_enter` is 1; else held. */
+ARCH_CFG_API kqcode_t arch_cfg_sys_write_by_rec(const schar* rec, kqbool with_enter);
+
+/* Copies kqarch.ini to kqarch_bak_<lsn>.log beside it, or deletes that backup; the number is
+ * printed signed. A backup of that number is replaced in one step, and complete and on disk on
+ * return; one that fails leaves the older backup whole. ARCH_E_BACKUP, logged only, when it fails;
+ * deleting a backup that does not exist does. Lock: none; the caller orders them around a write. */
+ARCH_CFG_API kqcode_t arch_file_gen_bak(ulint64 lsn);
+ARCH_CFG_API kqcode_t arch_file_delete_bak(ulint64 lsn);
+
 /* ---- Validation ------------------------------------------------------------------------------ */
 
 /* Checks one record by the rules of its type, with the disk, kqmal.ini and, with `timer_chk`,
@@ -466,11 +491,13 @@ ARCH_CFG_API void arch_cfg_write_subscribe_ini(schar* rec_str, schar* buf, arch_
  *                                 value out of range
  *   ARCH_E_TIMER_NOT_FOUND        the timer is not in kqtimer.ini
  *   ARCH_E_MAL_NOT_CONFIGURED     MAL is off, or a TIMELY instance has no host or port there
- * Lock: held; the probe of a directory that takes no file pauses up to 30 times 100 ms under it. */
+ * What arch_cfg_inst_check_in_mal refuses is printed only. Lock: held; the probe of a directory
+ * that takes no file pauses up to 30 times 100 ms under it. */
 ARCH_CFG_API kqcode_t arch_cfg_validate(arch_cfg_t* arch, kqbool timer_chk, kqbool asm_path_chk)
     KQ_REQUIRES(arch_cfg_sys.mutex);
 
 /* Checks a destination text of `type` against a registry (null: the process registry).
+ *   ARCH_E_INVALID_DEST  null; silent
  *   ARCH_E_TOO_LONG      more than 256 characters for LOCAL, REMOTE and NONE, 128 else; silent
  *   ARCH_E_DEST_IS_SELF  this instance's name, ignoring case; printed only
  *   ARCH_E_DEST_EXISTS   a destination of the registry uses it already; silent
@@ -496,10 +523,11 @@ ARCH_CFG_API kqcode_t arch_cfg_inst_dests_validate(arch_cfg_sys_t* cfg_sys, arch
 /* Checks the process registry as a whole: counts and coexistence, Raft and XMAL settings, every
  * record (arch_cfg_validate), duplicates. On the way it settles defaults, which stay when a later
  * rule fails: the registry's `wait_apply` (0 with REALTIME, 1 with TIMELY, at the end of a good run
- * 0) and `hang_flag` 1 of the first LOCAL record. The first rule that fails decides the code; those
- * for counts, for a missing LOCAL, for SUBSCRIBE beside others, for MPP and for paths used twice
- * are silent. With more than 18 RAFT and LEARNER records together: ARCH_E_TOO_MANY_RAFT.
- * Lock: taken for the whole run; kqmal.ini's own lock is taken inside it. */
+ * 0) and `hang_flag` 1 of the first LOCAL record. The first rule that fails decides the code.
+ * Silent are those for counts (but not for LEARNER), for a missing LOCAL, for REALTIME beside
+ * TIMELY, for SUBSCRIBE beside others, for several instances beside SYNC, for MPP, and for a path
+ * or a remote instance used twice. More than 18 RAFT and LEARNER records together:
+ * ARCH_E_TOO_MANY_RAFT. Lock: taken for the whole run; kqmal.ini's own lock is taken inside it. */
 ARCH_CFG_API kqcode_t arch_cfg_sys_validate(kqbool timer_chk, kqbool asm_path_chk)
     KQ_EXCLUDES(arch_cfg_sys.mutex);
 
@@ -550,9 +578,177 @@ ARCH_CFG_API kqcode_t arch_cfg_check_subscb_dest(const schar* input);
  *   ARCH_E_INVALID_DEST   no such service
  *   ARCH_E_INVALID_PORT   an address whose port is not decimal or above 65535
  *   ARCH_E_DEST_IS_SELF   an address is this instance's port on a local host
- * Address lists of any length are read whole; a host of more than 256 characters is not local.
- * Silent. Lock: none. */
+ * or the code of a service configuration that cannot be read. Address lists of any length are read
+ * whole; a host of more than 256 characters is not local. Silent. Lock: none. */
 ARCH_CFG_API kqcode_t arch_cfg_check_subscb_svc(const schar* server);
+
+/* ---- Online changes -------------------------------------------------------------------------- */
+
+/* What a clause named: bits that arch_cfg_parse_sql sets. ARCH_MOD_IN_MOUNT stands for every
+ * parameter without a bit of its own; TYPE and DEST have none. */
+enum arch_cfg_mod {
+    ARCH_MOD_FILE_SIZE = 0x001,
+    ARCH_MOD_SPACE_LIMIT = 0x002,
+    ARCH_MOD_RAFT_VOTE_INTERVAL = 0x004,
+    ARCH_MOD_RECOVER_TIME = 0x008,
+    ARCH_MOD_FAILOVER = 0x010,
+    ARCH_MOD_SUBSCRIBE_MODE = 0x020,
+    ARCH_MOD_THRESHOLD = 0x040,
+    ARCH_MOD_SEND_DELAY = 0x080,
+    ARCH_MOD_IN_MOUNT = 0x100
+};
+
+enum { ARCH_CLAUSE_DEST_MAX = 272 }; /* characters of a clause's DEST */
+
+/* Parses an archive clause, `KEYWORD = value, KEYWORD = value`. Keywords and type words ignore
+ * case, the last one given twice wins, and every keyword is accepted with every type. Blanks around
+ * both sides are dropped. There is no quoting: a value has no comma, and may have further "=".
+ *
+ *   TYPE                       LOCAL, REALTIME, SYNC, ASYNC, TIMELY, REMOTE, RAFT, LEARNER or
+ *                              SUBSCRIBE (not MARCH)
+ *   DEST                       up to 272 characters, to `dest_org`
+ *   INCOMING_PATH              up to 256 characters, to `timer_name` of the record
+ *   ARCH_TIMER_NAME            up to 127 characters, to `timer_name` too: the later one wins
+ *   FILE_SIZE, SPACE_LIMIT, ARCH_FLUSH_BUF_SIZE, ARCH_SEND_DELAY    a number, "+" allowed
+ *   ARCH_RECOVER_TIME          a number, "+" allowed, within the key's bounds
+ *   HANG_FLAG                  one digit, "+" allowed
+ *   ARCH_SUBSCRIBE_MODE, ARCH_THRESHOLD_PER_SECOND    a number, "+" allowed; a record without a
+ *                              type becomes SUBSCRIBE
+ *   RAFT_VOTE_INTERVAL         a number: 0, or within the key's bounds and at least twice the
+ *                              registry's heartbeat interval
+ *   WAIT_APPLY, ARCH_FAILOVER  0 or 1
+ *
+ * FILE_SIZE, ARCH_SEND_DELAY and the subscriber's two numbers keep their low 16 bits.
+ *
+ *   arch_cfg_str        the clause; it is cut in place
+ *   arch_cfg            reset with arch_init and an empty name, then filled; the caller's
+ *   dest_org            at least 273 characters; untouched when the clause has no DEST
+ *   mod_in_mount        bits are only set: the caller clears it before
+ *   raft_vote_interval  4294967295 when the clause has none
+ *
+ *   ARCH_E_CLAUSE_SYNTAX           null or empty; a segment without keyword, "=" or value
+ *   ARCH_E_CLAUSE_UNKNOWN_KEYWORD  an unknown keyword
+ *   ARCH_E_INVALID_TYPE            an unknown type word
+ *   ARCH_E_INVALID_NUMBER          negative, or no integer
+ *   ARCH_E_VALUE_OUT_OF_RANGE      outside the bounds named above
+ *   ARCH_E_INVALID_HANG_FLAG       HANG_FLAG is not one digit
+ *   ARCH_E_TOO_LONG                DEST or INCOMING_PATH
+ *   ARCH_E_TIMER_NAME_TOO_LONG     ARCH_TIMER_NAME
+ * On an error what the segments before it gave stays; RAFT_VOTE_INTERVAL, WAIT_APPLY and
+ * ARCH_FAILOVER also keep a value that is out of range. A value that is refused sets no bit. At the
+ * end (but not after DEST was too long) ARCH_MOD_SEND_DELAY of a record that is not SUBSCRIBE sets
+ * ARCH_MOD_IN_MOUNT as well. Silent. Lock: none. */
+ARCH_CFG_API kqcode_t arch_cfg_parse_sql(schar* arch_cfg_str, arch_cfg_t* arch_cfg, schar* dest_org,
+                                         usint* mod_in_mount, ulint* raft_vote_interval);
+
+/* The adders. Each adds one destination to the process registry and rewrites kqarch.ini, as one
+ * step under the lock: it applies its rules in order, generates the section's name
+ * (arch_cfg_get_name, or the next number that no section has in any case), validates
+ * (arch_cfg_validate with both checks on), links, writes. The new record is returned through the
+ * last argument, null on failure; but when only the write fails, the record stays registered and is
+ * returned, and the result is the write's code: nothing is undone.
+ *
+ * The record-taking adders register a copy of `arch_in`, whose `type`, instance list (or, for
+ * SUBSCRIBE, values) the caller has filled in; `arch_in->name` receives the generated name also
+ * when a later rule fails. Its `link` is not read. With one instance `dest` of the copy is its
+ * name, with several empty. Instance names are stored as they are given: upper case, as
+ * arch_cfg_inst_dests_validate makes them, is what start-up reads back.
+ *
+ *   code                                  march  timely  timer  sync  subscribe  local  remote
+ *   ARCH_E_SYNC_CONFLICT                    x      x       x     x                        x
+ *   ARCH_E_NO_LOCAL                         x      x       x     x       x                x
+ *   ARCH_E_REALTIME_TIMELY_CONFLICT         x      x
+ *   ARCH_E_SUBSCRIBE_CONFLICT               x      x       x     x       x                x
+ *   ARCH_E_TIMER_NOT_FOUND                                 x
+ *   ARCH_E_TOO_MANY_... (8 of the type)     x      x       x     x     (1)        x       x
+ *   ARCH_E_TOO_MANY_INSTS (`n_inst` > 16)   x      x       x     x       x
+ *   ARCH_E_INVALID_TYPE (another `type`)    x      x       x     x       x
+ *   ARCH_E_DEST_IS_SELF, ARCH_E_INVALID_DEST                             x        x       x
+ *   ARCH_E_TOO_LONG (the text or path)                                   x        x
+ *   ARCH_E_DUPLICATE_PATH                                                                 x
+ *   ARCH_E_OUT_OF_MEMORY                    x      x       x     x       x        x       x
+ * For REMOTE the count is ARCH_E_TOO_MANY_LOCAL. Then: what arch_cfg_validate returns;
+ * ARCH_E_INVALID_DEST or ARCH_E_TOO_LONG for a text that would not come back from the file as it is
+ * (a control character, an outer blank, a "/" in an instance name; longer than start-up reads),
+ * logged only, without the text; and what arch_cfg_sys_write_to_file returns. All silent but where
+ * it says otherwise. Lock: taken. */
+
+/* REALTIME. SYNC beside several instances, no LOCAL, TIMELY exists, SUBSCRIBE exists, 8 exist. */
+ARCH_CFG_API kqcode_t arch_cfg_add_march(arch_cfg_t* arch_in, arch_cfg_t** arch_out)
+    KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* TIMELY. SYNC beside several instances, no LOCAL, REALTIME exists, SUBSCRIBE exists, 8 exist. */
+ARCH_CFG_API kqcode_t arch_cfg_add_timely(arch_cfg_t* arch_in, arch_cfg_t** arch_out)
+    KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* ASYNC. SYNC beside several instances, no LOCAL, SUBSCRIBE exists, timer unknown, 8 exist. */
+ARCH_CFG_API kqcode_t arch_cfg_add_timer(arch_cfg_t* arch_in, arch_cfg_t** arch_out)
+    KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* SYNC. For each destination: it names several instances, SUBSCRIBE exists, it is REMOTE or RAFT.
+ * Then ARCH_E_INVALID_TYPE, printed and logged, when `sys_mode` is 2 (a standby database) and there
+ * is neither REALTIME nor TIMELY; no LOCAL; 8 exist. */
+ARCH_CFG_API kqcode_t arch_cfg_add_sync(arch_cfg_t* arch_in, ulint sys_mode, arch_cfg_t** arch_out)
+    KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* SUBSCRIBE. No LOCAL, anything but LOCAL and SUBSCRIBE exists, SUBSCRIBE exists. `path` is the
+ * connection text: trimmed in place, at most 128 characters (ARCH_E_TOO_LONG), checked
+ * (arch_cfg_check_subscb_dest), and copied to `arch_in->dest`. `*arch_out` is written on success
+ * only. */
+ARCH_CFG_API kqcode_t arch_cfg_add_subscribe(arch_cfg_t* arch_in, schar* path,
+                                             arch_cfg_t** arch_out) KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* LOCAL. arch_cfg_check_dest_validate, arch_cfg_check_local_path_validate (ARCH_E_INVALID_DEST; a
+ * missing directory is created and stays), 8 exist. Separators at the path's end are dropped. */
+ARCH_CFG_API kqcode_t arch_cfg_add_local(const schar* path, ulint space_limit, usint file_size,
+                                         usint hang_flag, ulint flush_buf_size,
+                                         arch_cfg_t** cfg_out) KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* REMOTE. SYNC exists, no LOCAL, 8 exist, SUBSCRIBE exists, `inst_name` is this instance (printed
+ * only), arch_cfg_check_dest_validate of it, a LOCAL or REMOTE destination has the path, ignoring
+ * case (ARCH_E_DUPLICATE_PATH), the path is no usable directory (ARCH_E_INVALID_DEST; a missing one
+ * is created and stays). Separators at the path's end are dropped. `inst_name` is turned to upper
+ * case in place. `hang_flag` is not used: REMOTE always has 1. */
+ARCH_CFG_API kqcode_t arch_cfg_add_remote(const schar* path, schar* inst_name, ulint space_limit,
+                                          usint file_size, usint hang_flag, ulint flush_buf_size,
+                                          arch_cfg_t** arch_out) KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* Whether a change of the registered record `old_arch` to `arch` may be applied, which the caller
+ * then does. `arch` comes from arch_cfg_parse_sql with its `type` set to the one that the
+ * destination is to have; `mod_in_mount` is what the clause named. Where the clause left it out,
+ * `arch` is completed from `old_arch`: the timer (ASYNC, SUBSCRIBE), the incoming path (REMOTE, in
+ * `timer_name`), the subscriber's three numbers. `dest_org` is used for SUBSCRIBE only: a buffer of
+ * at least 257 characters, trimmed in place and replaced by the stored text when empty. Null `arch`
+ * may be applied. On failure `arch` and `dest_org` may be completed already.
+ *   ARCH_E_FAILOVER_WAIT_APPLY       ARCH_FAILOVER 1 beside WAIT_APPLY 1
+ *   ARCH_E_PARA_NOT_ALLOWED          ARCH_FAILOVER of neither REALTIME nor TIMELY
+ *   ARCH_E_INVALID_TYPE              to NONE, RAFT, LEARNER or above 9
+ *   ARCH_E_TOO_MANY_...              8 others have the type (SUBSCRIBE: 2)
+ *   ARCH_E_REALTIME_TIMELY_CONFLICT  another record has the excluded type
+ *   ARCH_E_MULTI_INST_DEST           to LOCAL, SYNC or REMOTE from several instances
+ *   ARCH_E_NO_INCOMING_PATH, ARCH_E_SHARED_PATH_CHANGED    to REMOTE
+ *   ARCH_E_MAL_NOT_CONFIGURED, ARCH_E_INVALID_DEST         the stored instances in kqmal.ini
+ *   ARCH_E_NO_TIMER                  to ASYNC without a timer; printed only
+ *   ARCH_E_TIMER_NOT_FOUND           the timer is not in kqtimer.ini
+ *   ARCH_E_TOO_LONG                  a subscriber's text of more than 128 characters
+ *   ARCH_E_INVALID_SEND_DELAY, ARCH_E_INVALID_VALUE        the subscriber's numbers; printed and
+ *                                    logged
+ *   ARCH_E_INVALID_SPACE_LIMIT, ARCH_E_INVALID_FILE_SIZE   to LOCAL or REMOTE
+ * or a code of arch_cfg_check_subscb_dest. Silent but where it says otherwise, and but for what
+ * arch_cfg_inst_check_in_mal prints, whose code is logged with its place. Lock: held. */
+ARCH_CFG_API kqcode_t arch_cfg_validate_for_modify(arch_cfg_t* arch, const arch_cfg_t* old_arch,
+                                                   usint mod_in_mount, schar* dest_org)
+    KQ_REQUIRES(arch_cfg_sys.mutex);
+
+/* Drops the record that a text names (as arch_cfg_find_by_dest with flag 0 finds it) and rewrites
+ * kqarch.ini. ARCH_E_DEST_NOT_FOUND when there is none, or the text is null or empty; else the
+ * result of the write, which undoes nothing. No rule looks at what remains: the last LOCAL may go.
+ * Silent. Lock: taken, from the search to the written file. */
+ARCH_CFG_API kqcode_t arch_cfg_drop(const schar* dest) KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* The same for a record; ARCH_E_DEST_NOT_FOUND when the registry does not hold this very record.
+ * Lock: taken, in spite of the name's ending. */
+ARCH_CFG_API kqcode_t arch_cfg_drop_low(arch_cfg_t* dst_arch) KQ_EXCLUDES(arch_cfg_sys.mutex);
 
 KQ_END_C
 

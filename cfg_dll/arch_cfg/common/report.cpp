@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "common/text.h"
 #include "elog.h"
 
 namespace arch {
@@ -12,10 +13,6 @@ namespace {
 // The longest message holds a path, a section's name and two numbers.
 constexpr std::size_t formatted_size = 1024;
 constexpr std::size_t shown_size = 4 * formatted_size;
-
-bool is_control(schar c) {
-    return static_cast<byte>(c) < 0x20 || c == 0x7f;
-}
 
 // A formatted message that is one line, whatever the texts in it hold.
 class message {
@@ -89,6 +86,15 @@ kqcode_t refuse_printed(kqcode_t code, const schar* format, ...) {
     const message said(format, arguments);
     va_end(arguments);
     aq_fprintf_inner(stderr, "%s", said.text());
+    return code;
+}
+
+kqcode_t refuse_logged(kqcode_t code, const schar* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    const message said(format, arguments);
+    va_end(arguments);
+    elog_report_ex(ELOG_REFUSAL, "%s", said.text());
     return code;
 }
 

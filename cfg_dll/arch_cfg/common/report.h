@@ -19,6 +19,9 @@ kqcode_t refuse_log_bare(kqcode_t code, const schar* format, ...) KQ_PRINTF(2, 3
 // Printed on standard error only.
 kqcode_t refuse_printed(kqcode_t code, const schar* format, ...) KQ_PRINTF(2, 3);
 
+// Logged at level 4 only.
+kqcode_t refuse_logged(kqcode_t code, const schar* format, ...) KQ_PRINTF(2, 3);
+
 // Written to standard error directly, past the console printer, and logged at level 4.
 kqcode_t refuse_direct(kqcode_t code, const schar* format, ...) KQ_PRINTF(2, 3);
 

@@ -11,7 +11,9 @@ std::string_view trimmed(std::string_view text) {
 }
 
 void trim_in_place(schar* text) {
-    const std::string_view kept = trimmed(text);
+    const std::string_view whole = text;
+    const std::string_view kept = trimmed(whole);
+    if (kept.size() == whole.size()) return;
     std::memmove(text, kept.data(), kept.size());
     text[kept.size()] = '\0';
 }

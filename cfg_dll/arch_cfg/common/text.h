@@ -16,11 +16,11 @@ std::string_view text_in(const schar (&field)[Size]) {
     return {field, strnlen(field, Size)};
 }
 
-// Copies as much of a text as the field takes, and terminates it.
+// Copies as much of a text as the field takes, and terminates it. The text may be the field's own.
 template <std::size_t Size>
 void copy_text(schar (&field)[Size], std::string_view text) {
     const std::size_t length = text.size() < Size ? text.size() : Size - 1;
-    std::memcpy(field, text.data(), length);
+    std::memmove(field, text.data(), length);
     field[length] = '\0';
 }
 
@@ -28,6 +28,10 @@ void copy_text(schar (&field)[Size], std::string_view text) {
 // so that two servers never disagree about a name.
 inline schar fold(schar c) {
     return c >= 'a' && c <= 'z' ? static_cast<schar>(c - 'a' + 'A') : c;
+}
+
+inline bool is_control(schar c) {
+    return static_cast<byte>(c) < 0x20 || c == 0x7f;
 }
 
 // Whole texts ignoring case; a null text equals nothing.

@@ -9,7 +9,6 @@
 
 #include "common/report.h"
 #include "common/server.h"
-#include "elog.h"
 #include "os.h"
 #include "registry/registry.h"
 
@@ -257,13 +256,15 @@ void write_registry(text_writer& out, const arch_cfg_sys_t& registry) {
 // the buffer keeps that text, and the refusal is logged.
 template <typename Write>
 kqcode_t write_behind(schar* buffer, std::size_t text_length, Write write) {
-    text_writer out(buffer + text_length, ARCH_CFG_TEXT_SIZE - text_length);
-    write(out);
-    if (out.close()) return 0;
-    buffer[text_length] = '\0';
-    elog_report_ex(ELOG_REFUSAL, "the text of kqarch.ini does not fit into %d characters",
-                   ARCH_CFG_TEXT_SIZE);
-    return ARCH_E_OUT_OF_MEMORY;
+    if (text_length < ARCH_CFG_TEXT_SIZE) {
+        text_writer out(buffer + text_length, ARCH_CFG_TEXT_SIZE - text_length);
+        write(out);
+        if (out.close()) return 0;
+        buffer[text_length] = '\0';
+    }
+    return refuse_logged(ARCH_E_OUT_OF_MEMORY,
+                         "the text of kqarch.ini does not fit into %d characters",
+                         ARCH_CFG_TEXT_SIZE);
 }
 
 void append_section(schar* buffer, const arch_cfg_t& arch, section_lines lines) {
@@ -287,9 +288,11 @@ void arch_cfg_write_local_ini(schar* rec_str, schar*, arch_cfg_t* arch) {
     append_section(rec_str, *arch, local_lines);
 }
 
-void arch_cfg_write_all_local_ini(schar* rec_str, schar* buf) {
-    for (arch_cfg_t& arch : destinations(arch_cfg_sys))
-        if (arch.type == ARCH_TYPE_LOCAL) arch_cfg_write_local_ini(rec_str, buf, &arch);
+void arch_cfg_write_all_local_ini(schar* rec_str, schar*) {
+    (void)write_behind(rec_str, std::strlen(rec_str), [](text_writer& out) {
+        for (const arch_cfg_t& arch : destinations(arch_cfg_sys))
+            if (arch.type == ARCH_TYPE_LOCAL) write_section(out, arch, local_lines);
+    });
 }
 
 void arch_cfg_write_raft_ini(schar* rec_str, schar*, arch_cfg_t* arch) {

@@ -276,12 +276,6 @@ const key_row* row_of(lint index) {
 
 // ---- Applying a line ----
 
-std::size_t longest_value(const arch_cfg_t* section) {
-    const bool holds_path = section != nullptr &&
-                            (section->type == ARCH_TYPE_LOCAL || section->type == ARCH_TYPE_REMOTE);
-    return holds_path ? KQ_PATHNAME_MAX : KQ_SYSNAME_MAX;
-}
-
 kqcode_t apply_key(arch_cfg_sys_t& registry, arch_cfg_t* section, const key_row& row,
                    const schar* name, schar* text) {
     const other_ini_alterable_t& key = *ini_get_other_ini_info_by_index(row.index);

@@ -85,7 +85,7 @@ kqcode_t arch_cfg_check_subscb_dest(const schar* input) {
 
 kqcode_t arch_cfg_check_subscb_svc(const schar* server) {
     kq_global_svc_conf_t services{};
-    if (conf_get_global_conf_value(1, &services) < 0) return ARCH_E_INVALID_DEST;
+    if (const kqcode_t code = conf_get_global_conf_value(1, &services); code < 0) return code;
 
     bool found = false;
     for (const kq_lst_node_t* node = services.svc_nodes.start; node != nullptr; node = node->next) {

@@ -32,14 +32,6 @@ bool answers_to(const arch_cfg_t& arch, const schar* text) {
     }
 }
 
-// Whether a list has at most 16 pieces and none is too long; only such a list is searched.
-bool can_be_searched(const schar* list) {
-    sysname_t piece;
-    for (int count = 0; list != nullptr; ++count)
-        if (count == ARCH_INST_MAX || next_piece(list, piece) < 0) return false;
-    return true;
-}
-
 }  // namespace
 
 arch_cfg_t* find_destination(const arch_cfg_sys_t& registry, const schar* text,
@@ -74,6 +66,13 @@ kqcode_t next_piece(const schar*& cursor, sysname_t& piece) {
     return 0;
 }
 
+bool can_be_searched(const schar* list) {
+    sysname_t piece;
+    for (int count = 0; list != nullptr; ++count)
+        if (count == ARCH_INST_MAX || next_piece(list, piece) < 0) return false;
+    return true;
+}
+
 }  // namespace arch
 
 arch_cfg_t* arch_cfg_find_by_dest_low_without_enter(arch_cfg_sys_t* cfg_sys, const schar* dest) {
@@ -87,16 +86,7 @@ arch_cfg_t* arch_cfg_find_by_dest_low(const schar* dest) {
 
 arch_cfg_t* arch_cfg_find_by_dest(const schar* dest_org, kqbool subscribe_flag) {
     if (subscribe_flag == 1) return arch_cfg_find_subscribe();
-    if (arch_cfg_t* whole = arch_cfg_find_by_dest_low(dest_org)) return whole;
-    if (!can_be_searched(dest_org)) return nullptr;
-
-    sysname_t piece;
-    while (dest_org != nullptr) {
-        (void)next_piece(dest_org, piece);
-        if (piece[0] == '\0') continue;
-        if (arch_cfg_t* found = arch_cfg_find_by_dest_low(piece)) return found;
-    }
-    return nullptr;
+    return find_by_list(dest_org, arch_cfg_find_by_dest_low);
 }
 
 arch_cfg_t* arch_cfg_find_subscribe_without_enter(void) {

@@ -10,6 +10,9 @@
 
 namespace arch {
 
+// How many destinations of a type there may be, of every type that has no limit of its own.
+constexpr ulint most_of_type = 8;
+
 class destination_iterator {
   public:
     explicit destination_iterator(arch_cfg_t* at) : at_(at) {}
@@ -41,6 +44,16 @@ inline auto instance_names(const arch_cfg_t& arch) {
     return std::span(arch.dest_insts).first(std::min<std::size_t>(arch.n_inst, ARCH_INST_MAX));
 }
 
+// LOCAL and REMOTE: `dest` is a directory.
+inline bool holds_archives(const arch_cfg_t& arch) {
+    return arch.type == ARCH_TYPE_LOCAL || arch.type == ARCH_TYPE_REMOTE;
+}
+
+// How long a value may be in a section; `section` is null before the first.
+inline std::size_t longest_value(const arch_cfg_t* section) {
+    return section != nullptr && holds_archives(*section) ? KQ_PATHNAME_MAX : KQ_SYSNAME_MAX;
+}
+
 void append(arch_cfg_sys_t& registry, arch_cfg_t& arch);
 void unlink(arch_cfg_sys_t& registry, arch_cfg_t& arch);
 
@@ -70,6 +83,24 @@ arch_cfg_t* first_of_type(const arch_cfg_sys_t& registry, ulint type);
 
 // Takes the next piece of a list separated by "/" (arch_cfg_calc_next_inst_dest).
 kqcode_t next_piece(const schar*& cursor, sysname_t& piece);
+
+// Whether a list has at most 16 pieces and none is too long; only such a list is searched.
+bool can_be_searched(const schar* list);
+
+// The record that the whole of a text names, or else the first that one of its pieces names.
+// `search` finds the record of one text.
+template <typename Search>
+arch_cfg_t* find_by_list(const schar* list, Search search) {
+    if (arch_cfg_t* whole = search(list)) return whole;
+    if (!can_be_searched(list)) return nullptr;
+    sysname_t piece;
+    while (list != nullptr) {
+        (void)next_piece(list, piece);
+        if (piece[0] == '\0') continue;
+        if (arch_cfg_t* found = search(piece)) return found;
+    }
+    return nullptr;
+}
 
 }  // namespace arch
 

@@ -4,6 +4,7 @@
 #include "common/report.h"
 #include "common/server.h"
 #include "osfile.h"
+#include "registry/registry.h"
 #include "utl.h"
 #include "validation/rules.h"
 
@@ -11,10 +12,6 @@ using namespace arch;
 
 namespace arch {
 namespace {
-
-bool holds_archives(const arch_cfg_t& arch) {
-    return arch.type == ARCH_TYPE_LOCAL || arch.type == ARCH_TYPE_REMOTE;
-}
 
 bool may_delay(const arch_cfg_t& arch) {
     return arch.type == ARCH_TYPE_ASYNC || arch.type == ARCH_TYPE_SUBSCRIBE;
@@ -30,11 +27,15 @@ bool lacks_destination(const arch_cfg_t& arch) {
 }
 
 kqcode_t refuse_missing_destination(const arch_cfg_t& arch) {
-    if (arch.type == ARCH_TYPE_REMOTE)
-        return refuse_log_bare(ARCH_E_INVALID_DEST,
-                               "ARCH_INCOMING_PATH not configured in archive %s.\n", arch.name);
-    return refuse_log_bare(ARCH_E_INVALID_DEST, "ARCH_DEST not configured in archive %s.\n",
-                           arch.name);
+    if (arch.type == ARCH_TYPE_REMOTE) {
+        (void)refuse_printed(ARCH_E_INVALID_DEST,
+                             "ARCH_INCOMING_PATH not configured in archive %s.\n", arch.name);
+        return refuse_logged(ARCH_E_INVALID_DEST, "ARCH_INCOMING_PATH not configured in archive %s",
+                             arch.name);
+    }
+    (void)refuse_printed(ARCH_E_INVALID_DEST, "ARCH_DEST not configured in archive %s.\n",
+                         arch.name);
+    return refuse_logged(ARCH_E_INVALID_DEST, "ARCH_DEST not configured in archive %s", arch.name);
 }
 
 kqcode_t validate_common(const arch_cfg_t& arch) {

@@ -17,6 +17,7 @@ std::size_t longest_dest(ulint type) {
 
 kqcode_t check_dest(const arch_cfg_sys_t& registry, const schar* dest, ulint type,
                     const arch_cfg_t* except) {
+    if (dest == nullptr) return ARCH_E_INVALID_DEST;
     if (std::strlen(dest) > longest_dest(type)) return ARCH_E_TOO_LONG;
     if (is_this_instance(dest))
         return refuse_printed(ARCH_E_DEST_IS_SELF, "archive_dest can not be self instance!\n");

@@ -8,9 +8,9 @@
 namespace arch {
 namespace {
 
-bool is_empty_or_too_long(const pathname_t& dest) {
-    const std::size_t length = text_in(dest).size();
-    return length == 0 || length > KQ_PATHNAME_MAX;
+// Longer than its field, which holds the limit, a destination cannot be.
+bool is_empty(const pathname_t& dest) {
+    return dest[0] == '\0';
 }
 
 kqcode_t refuse_center_id(const arch_cfg_t& arch) {
@@ -27,7 +27,7 @@ kqcode_t refuse_center_id(const arch_cfg_t& arch) {
 }  // namespace
 
 kqcode_t validate_raft_member(const arch_cfg_t& arch) {
-    if (is_empty_or_too_long(arch.dest))
+    if (is_empty(arch.dest))
         return refuse(ARCH_E_INVALID_DEST, "ARCH_DEST name %s is empty or too long(max %d)\n",
                       arch.dest, KQ_PATHNAME_MAX);
     const bool has_address = arch.arch_dest_ip[0] != '\0' && arch.arch_dest_port != 0;
@@ -46,20 +46,7 @@ kqcode_t validate_raft_member(const arch_cfg_t& arch) {
     return 0;
 }
 
-kqcode_t validate_subscriber(const arch_cfg_t& arch, check_options options) {
-    if (is_empty_or_too_long(arch.dest))
-        return refuse(ARCH_E_INVALID_DEST, "ARCH_DEST name %s is empty or too long(max %d)\n",
-                      arch.dest, KQ_PATHNAME_MAX);
-    if (arch.timer_name[0] == '\0')
-        return refuse(ARCH_E_INVALID_VALUE,
-                      "Archive [%s] is SUBSCRIBE type, but not configured timer ARCH_TIMER_NAME "
-                      "in kqarch.ini.\n",
-                      arch.name);
-    if (options.timers && ntimer_cfg_find_by_name(arch.timer_name) == nullptr)
-        return refuse(ARCH_E_TIMER_NOT_FOUND,
-                      "Archive [%s] is SUBSCRIBE type, but timer %s not found, please check "
-                      "kqtimer.ini configuration and TIMER_INI in kq.ini.\n",
-                      arch.name, arch.timer_name);
+kqcode_t check_subscriber_values(const arch_cfg_t& arch) {
     if (!in_key_range(ini_index_arch_send_delay, arch.arch_send_delay))
         return refuse(ARCH_E_INVALID_SEND_DELAY,
                       "Archive [%s] is SUBSCRIBE type, but ARCH_SEND_DELAY is not valid value in "
@@ -76,6 +63,23 @@ kqcode_t validate_subscriber(const arch_cfg_t& arch, check_options options) {
                       "value in kqarch.ini.\n",
                       arch.name);
     return 0;
+}
+
+kqcode_t validate_subscriber(const arch_cfg_t& arch, check_options options) {
+    if (is_empty(arch.dest))
+        return refuse(ARCH_E_INVALID_DEST, "ARCH_DEST name %s is empty or too long(max %d)\n",
+                      arch.dest, KQ_PATHNAME_MAX);
+    if (arch.timer_name[0] == '\0')
+        return refuse(ARCH_E_INVALID_VALUE,
+                      "Archive [%s] is SUBSCRIBE type, but not configured timer ARCH_TIMER_NAME "
+                      "in kqarch.ini.\n",
+                      arch.name);
+    if (options.timers && ntimer_cfg_find_by_name(arch.timer_name) == nullptr)
+        return refuse(ARCH_E_TIMER_NOT_FOUND,
+                      "Archive [%s] is SUBSCRIBE type, but timer %s not found, please check "
+                      "kqtimer.ini configuration and TIMER_INI in kq.ini.\n",
+                      arch.name, arch.timer_name);
+    return check_subscriber_values(arch);
 }
 
 }  // namespace arch

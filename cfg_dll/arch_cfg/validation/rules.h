@@ -36,6 +36,8 @@ kqcode_t validate_async(const arch_cfg_t& arch, check_options options);
 kqcode_t validate_applying(const arch_cfg_sys_t& registry, arch_cfg_t& arch);
 // RAFT or LEARNER.
 kqcode_t validate_raft_member(const arch_cfg_t& arch);
+// Delay, mode and threshold of a subscriber; a change of one is held to them too.
+kqcode_t check_subscriber_values(const arch_cfg_t& arch);
 kqcode_t validate_subscriber(const arch_cfg_t& arch, check_options options);
 
 }  // namespace arch

@@ -17,7 +17,6 @@ using namespace arch;
 namespace arch {
 namespace {
 
-constexpr ulint most_of_type = 8;
 constexpr ulint most_learners = 9;
 constexpr std::size_t most_members = 18;
 
@@ -173,10 +172,6 @@ struct walk_result {
     bool local_seen = false;
     bool ships_to_instances = false;
 };
-
-bool holds_archives(const arch_cfg_t& arch) {
-    return arch.type == ARCH_TYPE_LOCAL || arch.type == ARCH_TYPE_REMOTE;
-}
 
 kqcode_t check_mpp(const arch_cfg_t& arch, walk_result& result) {
     if (arch.type == ARCH_TYPE_LOCAL || arch.type == ARCH_TYPE_SUBSCRIBE) return 0;

@@ -1,0 +1,213 @@
+// Parsing an archive clause: KEYWORD = value, KEYWORD = value, ...
+//
+//   TYPE = REALTIME, DEST = inst1/inst2, WAIT_APPLY = 1
+//
+// There is no quoting: a value ends at the next comma and may contain "=". A keyword is a row; the
+// last one wins when it stands twice. The clause is cut in place, and nothing is allocated.
+#include <cstdlib>
+
+#include "common/server.h"
+#include "registry/registry.h"
+
+using namespace arch;
+
+namespace arch {
+namespace {
+
+constexpr std::size_t longest_timer_name = 127;
+
+// What a clause fills.
+struct clause_result {
+    arch_cfg_t& record;
+    schar* dest;
+    ulint& raft_vote_interval;
+    bool dest_too_long = false;
+};
+
+using keyword_function = kqcode_t (*)(clause_result&, const schar* value);
+
+// ---- Numbers ----
+
+bool read_number(const schar* text, ulint& number) {
+    if (ini_is_integer(text) == 0) return false;
+    number = static_cast<ulint>(std::strtoul(text, nullptr, 0));
+    return true;
+}
+
+const schar* without_plus(const schar* text) {
+    return *text == '+' ? text + 1 : text;
+}
+
+bool read_unsigned(const schar* text, ulint& number) {
+    text = without_plus(text);
+    return *text != '-' && read_number(text, number);
+}
+
+template <auto Field, ulint Bits = 0xFFFFFFFF>
+kqcode_t unsigned_number(clause_result& result, const schar* value) {
+    ulint number = 0;
+    if (!read_unsigned(value, number)) return ARCH_E_INVALID_NUMBER;
+    result.record.*Field = number & Bits;
+    return 0;
+}
+
+constexpr ulint low_16_bits = 0xFFFF;
+
+// A subscriber's number; a clause that names one and no type is about the subscriber.
+template <auto Field>
+kqcode_t subscriber_number(clause_result& result, const schar* value) {
+    const kqcode_t code = unsigned_number<Field, low_16_bits>(result, value);
+    if (code >= 0 && result.record.type == ARCH_TYPE_NONE) result.record.type = ARCH_TYPE_SUBSCRIBE;
+    return code;
+}
+
+kqcode_t recover_time(clause_result& result, const schar* value) {
+    ulint number = 0;
+    if (!read_unsigned(value, number)) return ARCH_E_INVALID_NUMBER;
+    if (!in_key_range(ini_index_arch_recover_time, number)) return ARCH_E_VALUE_OUT_OF_RANGE;
+    result.record.arch_recover_time = number;
+    return 0;
+}
+
+// Stored before it is judged: a refused record still shows what was asked for.
+template <auto Field>
+kqcode_t flag(clause_result& result, const schar* value) {
+    if (!read_number(value, result.record.*Field)) return ARCH_E_INVALID_NUMBER;
+    return result.record.*Field > 1 ? ARCH_E_VALUE_OUT_OF_RANGE : 0;
+}
+
+kqcode_t raft_vote_interval(clause_result& result, const schar* value) {
+    if (!read_number(value, result.raft_vote_interval)) return ARCH_E_INVALID_NUMBER;
+    const ulint interval = result.raft_vote_interval;
+    if (interval == 0) return 0;
+    if (!in_key_range(ini_index_raft_vote_interval, interval)) return ARCH_E_VALUE_OUT_OF_RANGE;
+    return interval < 2 * arch_cfg_sys_get_raft_hb_interval() ? ARCH_E_VALUE_OUT_OF_RANGE : 0;
+}
+
+// One digit, of which the range is checked with the record.
+kqcode_t hang_flag(clause_result& result, const schar* value) {
+    ulint number = 0;
+    if (!read_unsigned(value, number) || std::strlen(without_plus(value)) > 1)
+        return ARCH_E_INVALID_HANG_FLAG;
+    result.record.hang_flag = static_cast<usint>(number);
+    return 0;
+}
+
+// ---- Texts ----
+
+kqcode_t type(clause_result& result, const schar* value) {
+    const ulint number = arch_cfg_get_arch_type_by_name(value);
+    // MARCH is a word of the file, not of a clause.
+    if (number == ARCH_TYPE_NONE || same_text(value, "MARCH")) return ARCH_E_INVALID_TYPE;
+    result.record.type = static_cast<usint>(number);
+    return 0;
+}
+
+kqcode_t dest(clause_result& result, const schar* value) {
+    const std::size_t length = std::strlen(value);
+    result.dest_too_long = length > ARCH_CLAUSE_DEST_MAX;
+    if (result.dest_too_long) return ARCH_E_TOO_LONG;
+    std::memcpy(result.dest, value, length + 1);
+    return 0;
+}
+
+// Both texts travel in the same field, and the later one wins: a REMOTE destination has no timer.
+template <std::size_t Longest, kqcode_t TooLong>
+kqcode_t timer_or_path(clause_result& result, const schar* value) {
+    if (std::strlen(value) > Longest) return TooLong;
+    copy_text(result.record.timer_name, value);
+    return 0;
+}
+
+// ---- The keywords ----
+
+struct keyword_row {
+    const schar* keyword;
+    usint bit;
+    keyword_function apply;
+};
+
+using rec = arch_cfg_t;
+
+constexpr keyword_row keywords[] = {
+    {"TYPE", 0, type},
+    {"DEST", 0, dest},
+    {"INCOMING_PATH", ARCH_MOD_IN_MOUNT, timer_or_path<KQ_PATHNAME_MAX, ARCH_E_TOO_LONG>},
+    {"FILE_SIZE", ARCH_MOD_FILE_SIZE, unsigned_number<&rec::file_size, low_16_bits>},
+    {"SPACE_LIMIT", ARCH_MOD_SPACE_LIMIT, unsigned_number<&rec::space_limit>},
+    {"ARCH_RECOVER_TIME", ARCH_MOD_RECOVER_TIME, recover_time},
+    {"ARCH_FLUSH_BUF_SIZE", ARCH_MOD_IN_MOUNT, unsigned_number<&rec::flush_buf_size>},
+    {"HANG_FLAG", ARCH_MOD_IN_MOUNT, hang_flag},
+    {"ARCH_TIMER_NAME", ARCH_MOD_IN_MOUNT,
+     timer_or_path<longest_timer_name, ARCH_E_TIMER_NAME_TOO_LONG>},
+    {"ARCH_SEND_DELAY", ARCH_MOD_SEND_DELAY, unsigned_number<&rec::arch_send_delay, low_16_bits>},
+    {"RAFT_VOTE_INTERVAL", ARCH_MOD_RAFT_VOTE_INTERVAL, raft_vote_interval},
+    {"WAIT_APPLY", ARCH_MOD_IN_MOUNT, flag<&rec::wait_apply>},
+    {"ARCH_FAILOVER", ARCH_MOD_FAILOVER, flag<&rec::arch_failover>},
+    {"ARCH_SUBSCRIBE_MODE", ARCH_MOD_SUBSCRIBE_MODE, subscriber_number<&rec::arch_subscb_mode>},
+    {"ARCH_THRESHOLD_PER_SECOND", ARCH_MOD_THRESHOLD,
+     subscriber_number<&rec::arch_threshold_per_second>},
+};
+
+kqcode_t apply_keyword(const schar* keyword, const schar* value, clause_result& result,
+                       usint& named) {
+    for (const keyword_row& row : keywords) {
+        if (!same_text(row.keyword, keyword)) continue;
+        const kqcode_t code = row.apply(result, value);
+        if (code >= 0) named = static_cast<usint>(named | row.bit);
+        return code;
+    }
+    return ARCH_E_CLAUSE_UNKNOWN_KEYWORD;
+}
+
+// ---- Segments ----
+
+// Terminates [begin, end) without its outer blanks and returns where it begins.
+schar* cut_trimmed(schar* begin, schar* end) {
+    const std::string_view kept = trimmed(std::string_view(begin, end));
+    schar* start = begin + (kept.data() - begin);
+    *end = '\0';
+    start[kept.size()] = '\0';
+    return start;
+}
+
+// Applies the segment at the start of `rest` and moves on to the next; null behind the last.
+kqcode_t parse_segment(schar*& rest, clause_result& result, usint& named) {
+    schar* comma = std::strchr(rest, ',');
+    schar* equals = std::strchr(rest, '=');
+    if (equals == nullptr || equals == rest || (comma != nullptr && comma < equals))
+        return ARCH_E_CLAUSE_SYNTAX;
+
+    schar* end = comma != nullptr ? comma : equals + std::strlen(equals);
+    const schar* value = cut_trimmed(equals + 1, end);
+    const schar* keyword = cut_trimmed(rest, equals);
+    rest = comma != nullptr ? comma + 1 : nullptr;
+    if (*keyword == '\0' || *value == '\0') return ARCH_E_CLAUSE_SYNTAX;
+    return apply_keyword(keyword, value, result, named);
+}
+
+kqcode_t parse_segments(schar* rest, clause_result& result, usint& named) {
+    while (rest != nullptr) {
+        const kqcode_t code = parse_segment(rest, result, named);
+        if (code < 0) return code;
+    }
+    return 0;
+}
+
+}  // namespace
+}  // namespace arch
+
+kqcode_t arch_cfg_parse_sql(schar* arch_cfg_str, arch_cfg_t* arch_cfg, schar* dest_org,
+                            usint* mod_in_mount, ulint* raft_vote_interval) {
+    *raft_vote_interval = ARCH_UNSET_LONG;
+    arch_init(arch_cfg, "");
+    if (arch_cfg_str == nullptr || arch_cfg_str[0] == '\0') return ARCH_E_CLAUSE_SYNTAX;
+
+    clause_result result{*arch_cfg, dest_org, *raft_vote_interval};
+    const kqcode_t code = parse_segments(arch_cfg_str, result, *mod_in_mount);
+    if (result.dest_too_long) return code;
+    // Only the subscriber's delay has a bit that says all about it.
+    if (arch_cfg->type != ARCH_TYPE_SUBSCRIBE && (*mod_in_mount & ARCH_MOD_SEND_DELAY) != 0)
+        *mod_in_mount = static_cast<usint>(*mod_in_mount | ARCH_MOD_IN_MOUNT);
+    return code;
+}
