@@ -1,0 +1,47 @@
+// The functions that are measured. Each checks its result, and throws when it is wrong.
+#ifndef BENCH_BENCHMARKS_H
+#define BENCH_BENCHMARKS_H
+
+#include <benchmark/benchmark.h>
+
+#include "instance.h"
+
+namespace bench {
+
+// loading.cpp
+void load(benchmark::State& state, const instance& on);
+void load_bare(benchmark::State& state, const instance& on);
+void validate(benchmark::State& state, const instance& on);
+void probe_bare(benchmark::State& state, const instance& on);
+void create_sections(benchmark::State& state, ulint count);
+void load_sections(benchmark::State& state, ulint count);
+
+// look_up.cpp
+void find_name(benchmark::State& state, const instance& on);
+void find_name_bare(benchmark::State& state, const instance& on);
+void find_no_name(benchmark::State& state, const instance& on);
+void find_no_name_bare(benchmark::State& state, const instance& on);
+void find_list(benchmark::State& state, const instance& on);
+void find_list_bare(benchmark::State& state, const instance& on);
+void find_no_list(benchmark::State& state, const instance& on);
+void find_no_list_bare(benchmark::State& state, const instance& on);
+void find_type(benchmark::State& state, const instance& on);
+void find_type_bare(benchmark::State& state, const instance& on);
+void find_no_type(benchmark::State& state, const instance& on);
+void find_no_type_bare(benchmark::State& state, const instance& on);
+
+// writing.cpp
+void write_text(benchmark::State& state, const instance& on);
+void print_text(benchmark::State& state, const instance& on);
+
+// keys_and_lock.cpp
+void find_key(benchmark::State& state);
+void find_key_bare(benchmark::State& state);
+void find_no_key(benchmark::State& state);
+void find_no_key_bare(benchmark::State& state);
+void enter_and_exit(benchmark::State& state);
+void lock_and_unlock(benchmark::State& state);
+
+}  // namespace bench
+
+#endif

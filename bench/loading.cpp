@@ -1,0 +1,81 @@
+// Loading and validating, and how both grow with the number of sections.
+#include <algorithm>
+
+#include "benchmarks.h"
+#include "peers.h"
+
+namespace bench {
+namespace {
+
+// Whether all iterations together made `expected` records each time.
+bool is_complete(std::size_t made, std::size_t expected, const benchmark::State& state) {
+    return made == expected * static_cast<std::size_t>(state.iterations());
+}
+
+// Loads and destroys again and again.
+void load_repeatedly(benchmark::State& state, const instance& on) {
+    { const loaded_registry once(on); }
+    std::size_t loaded = 0;
+    for (auto _ : state) {
+        (void)arch_cfg_sys_init_with_check(nullptr, 1, 0, 0);
+        loaded += arch_cfg_sys.arch_lst.count;
+        arch_cfg_sys_destroy();
+    }
+    check(is_complete(loaded, on.destinations().size(), state), "a load failed");
+}
+
+}  // namespace
+
+void load(benchmark::State& state, const instance& on) {
+    load_repeatedly(state, on);
+}
+
+void load_bare(benchmark::State& state, const instance& on) {
+    const std::string path = on.config_file();
+    std::vector<char> buffer(1 << 20);
+    bool is_good = true;
+    for (auto _ : state) {
+        is_good = read_file_bare(path.c_str(), buffer) && is_good;
+        benchmark::DoNotOptimize(buffer.data());
+    }
+    check(is_good, "the file could not be read");
+}
+
+void validate(benchmark::State& state, const instance& on) {
+    const loaded_registry loaded(on);
+    kqcode_t worst = arch_cfg_sys_validate(1, 0);
+    check(worst == 0, "the instance does not validate");
+    for (auto _ : state)
+        worst = std::min(worst, arch_cfg_sys_validate(1, 0));
+    check(worst == 0, "a validation failed");
+}
+
+void probe_bare(benchmark::State& state, const instance& on) {
+    const std::vector<std::string> directories = on.archive_directories();
+    bool is_good = true;
+    for (auto _ : state)
+        for (const std::string& directory : directories)
+            is_good = probe_directory_bare(directory.c_str()) && is_good;
+    check(is_good, "a directory could not be probed");
+}
+
+void create_sections(benchmark::State& state, ulint count) {
+    std::vector<std::string> names;
+    for (const destination& dest : local_sections(count).destinations)
+        names.push_back(dest.section);
+    std::size_t created = 0;
+    for (auto _ : state) {
+        arch_cfg_sys_init_env();
+        for (const std::string& name : names)
+            (void)arch_cfg_create(nullptr, name.c_str(), nullptr);
+        created += arch_cfg_sys.arch_lst.count;
+        arch_cfg_sys_destroy();
+    }
+    check(is_complete(created, names.size(), state), "a section was not created");
+}
+
+void load_sections(benchmark::State& state, ulint count) {
+    load_repeatedly(state, instance(local_sections(count)));
+}
+
+}  // namespace bench

@@ -1,0 +1,30 @@
+#include "results.h"
+
+#include <algorithm>
+
+namespace bench {
+
+// CPU time, because a machine that others use too takes the processor away now and then.
+void results::ReportRuns(const std::vector<Run>& runs) {
+    std::vector<Run> shown;
+    for (const Run& run : runs) {
+        failed_ = failed_ || run.error_occurred;
+        const bool is_repetition = run.run_type == Run::RT_Iteration;
+        if (is_repetition && !run.error_occurred)
+            times_[run.run_name.function_name].push_back(run.GetAdjustedCPUTime());
+        if (!is_repetition || run.repetitions <= 1 || run.error_occurred) shown.push_back(run);
+    }
+    ConsoleReporter::ReportRuns(shown);
+}
+
+bool results::find(const std::string& name, summary& found) const {
+    const auto at = times_.find(name);
+    if (at == times_.end()) return false;
+    std::vector<double> sorted = at->second;
+    std::sort(sorted.begin(), sorted.end());
+    found.median = sorted[sorted.size() / 2];
+    found.spread = (sorted.back() - sorted.front()) / found.median;
+    return true;
+}
+
+}  // namespace bench

@@ -1,0 +1,58 @@
+// Writing the registry as text.
+#include <cstring>
+#include <memory>
+
+#include "benchmarks.h"
+#include "peers.h"
+
+namespace bench {
+namespace {
+
+using text_buffer = std::unique_ptr<schar[]>;
+
+class KQ_SCOPED_CAPABILITY registry_hold {
+  public:
+    registry_hold() KQ_ACQUIRE(arch_cfg_sys.mutex) { arch_cfg_sys_enter(); }
+    ~registry_hold() KQ_RELEASE() { arch_cfg_sys_exit(); }
+    registry_hold(const registry_hold&) = delete;
+    registry_hold& operator=(const registry_hold&) = delete;
+};
+
+text_buffer make_buffer() {
+    return std::make_unique<schar[]>(ARCH_CFG_TEXT_SIZE);
+}
+
+// Module and peer have to write the same, to the byte.
+void check_agreement() KQ_REQUIRES(arch_cfg_sys.mutex) {
+    const text_buffer written = make_buffer();
+    const text_buffer printed = make_buffer();
+    check(arch_cfg_sys_write_to_rec(written.get()) == 0, "the text is not written");
+    print_registry(arch_cfg_sys, printed.get());
+    check(std::strcmp(written.get(), printed.get()) == 0, "module and peer write different texts");
+}
+
+}  // namespace
+
+void write_text(benchmark::State& state, const instance& on) {
+    const loaded_registry loaded(on);
+    const text_buffer text = make_buffer();
+    const registry_hold hold;
+    check_agreement();
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(arch_cfg_sys_write_to_rec(text.get()));
+        benchmark::ClobberMemory();
+    }
+}
+
+void print_text(benchmark::State& state, const instance& on) {
+    const loaded_registry loaded(on);
+    const text_buffer text = make_buffer();
+    const registry_hold hold;
+    check_agreement();
+    for (auto _ : state) {
+        print_registry(arch_cfg_sys, text.get());
+        benchmark::ClobberMemory();
+    }
+}
+
+}  // namespace bench
