@@ -160,7 +160,8 @@ lint ini_get_other_ini_array_index(const schar* para_name) {
     std::string_view key = para_name;
     if (key.size() < 2) return -1;
     const key_slot& slot = slots[slot_of(key, multiplier)];
-    return equal_ignoring_case(slot.name, key) ? slot.index : -1;
+    // Files are written in upper case: most keys are equal as they stand.
+    return slot.name == key || equal_ignoring_case(slot.name, key) ? slot.index : -1;
 }
 
 other_ini_alterable_t* ini_get_other_ini_info_by_index(ulint index) {
