@@ -95,8 +95,7 @@ class checker {
         if (result.code < 0) refuse(result.failures, result.code);
         for (const missing_directory& one : missing)
             note_missing(one, result.failures);
-        for (const std::string& text : result.log_warnings)
-            warn(text);
+        warn(result.log_warnings);
         if (result.code == 0) count_destinations();
     }
 
@@ -128,11 +127,26 @@ class checker {
                                      : " does not exist; the server would create it")});
     }
 
-    void warn(const std::string& text) {
-        out_.report({.level = severity::warning,
-                     .file = file_.path(),
-                     .text = file_.passwords().hide(text),
-                     .hint = "Add a destination for the instance if it is to receive archives."});
+    // Each is about an instance of kqmal.ini: "Instance(NAME) not configured in ...".
+    void warn(const std::vector<std::string>& texts) {
+        config_file registry;
+        if (!texts.empty()) registry.read(instance_.file("kqmal.ini"));
+        for (const std::string& text : texts) {
+            size_t name = text.find('(') + 1;
+            out_.report(
+                {.level = severity::warning,
+                 .file = registry.path(),
+                 .line = line_of_instance(registry, text.substr(name, text.find(')') - name)),
+                 .text = text,
+                 .hint = "Add a destination for the instance if it is to receive archives."});
+        }
+    }
+
+    static ulint line_of_instance(const config_file& registry, const std::string& name) {
+        for (const config_line& line : registry.lines())
+            if (same_text(line.key, "MAL_INST_NAME") && same_text(line.value, name))
+                return line.number;
+        return 0;
     }
 
     void count_destinations() {

@@ -139,7 +139,8 @@ class initialiser {
         out_.set("instances", shown_instances());
         out_.set("files", files);
         out_.set("next", next);
-        out_.print_heading("Wrote a " + options_.kind + " instance:");
+        out_.print_heading("Wrote " + count_of(plan_.instances.size(), "instance") + " (" +
+                           options_.kind + "):");
         for (const std::string& file : files)
             out_.print("  " + visible(file) + "\n");
         out_.print_heading("Next, set the names, hosts and ports of your machines in them, then:");

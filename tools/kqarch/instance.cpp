@@ -8,7 +8,7 @@
 #include <cstring>
 
 #include "capture.h"
-#include "catalogue.h"
+#include "hints.h"
 #include "ini.h"
 #include "kq_instance.h"
 #include "osfile.h"
@@ -20,11 +20,6 @@ std::string without_end_slashes(std::string path) {
     while (path.size() > 1 && path.back() == '/')
         path.pop_back();
     return path;
-}
-
-const char* remedy_of(kqcode_t code) {
-    const code_entry* entry = find_code(code);
-    return entry != nullptr ? entry->remedy : "";
 }
 
 // "db/kq.ini:3: what is wrong" as file, line and text; a text of another form stays whole.
@@ -64,7 +59,7 @@ problem unreadable(const std::string& path, kqcode_t code) {
         found.text = std::string("cannot be read") +
                      (readable ? "" : std::string(": ") + std::strerror(errno));
     }
-    found.hint = remedy_of(code);
+    found.hint = hint_for(code, "");
     return {exit_failed, found};
 }
 
@@ -75,7 +70,7 @@ instance::instance(const std::string& directory) : directory_(without_end_slashe
     if (opening.code < 0) {
         diagnostic found = parse_complaint(opening.said, file("kq.ini"));
         found.code = opening.code;
-        found.hint = status_of(opening.code) == exit_failed ? remedy_of(opening.code) : "";
+        found.hint = status_of(opening.code) == exit_failed ? hint_for(opening.code, "") : "";
         failure_ = problem{status_of(opening.code), found};
         return;
     }

@@ -1,4 +1,7 @@
 // kqarch: an administrator's view of an instance's archive configuration. Only arguments here.
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <CLI/CLI.hpp>
 #include <cstring>
@@ -161,6 +164,14 @@ exit_status refuse_usage(const std::string& text, const std::string& word,
     return out.fail(exit_usage, what, "", hint);
 }
 
+// A program started with a standard descriptor closed would write into the next file that it
+// opens. What stands in for standard output takes nothing, so that lost data is noticed.
+void complete_descriptors() {
+    for (int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(descriptor, F_GETFD) < 0)
+            (void)open("/dev/null", descriptor == STDERR_FILENO ? O_WRONLY : O_RDONLY);
+}
+
 int run(int count, char** words) {
     arguments given;
     CLI::App app("kqarch: check and show the archive configuration of a database instance.",
@@ -191,5 +202,6 @@ int run(int count, char** words) {
 }  // namespace
 
 int main(int count, char** words) {
+    complete_descriptors();
     return run(count, words);
 }

@@ -1,6 +1,7 @@
 #include "refusal.h"
 
 #include "catalogue.h"
+#include "hints.h"
 #include "ini.h"
 #include "instance.h"
 #include "text.h"
@@ -116,7 +117,7 @@ std::string bounds_hint(const key_entry& entry) {
     return hint + (*entry.rule != '\0' ? std::string(". ") + entry.rule : ".");
 }
 
-std::string hint_of(const refusal& refused) {
+std::string hint_of(const refusal& refused, const std::string& text) {
     const key_entry* entry = entry_of(refused);
     std::string hint;
     if (refused.line.kind == KQ_INI_BAD)
@@ -129,8 +130,7 @@ std::string hint_of(const refusal& refused) {
         hint = bounds_hint(*entry);
     if (!hint.empty()) return hint;
     if (is_key(refused, "ARCH_TYPE")) return "The types are " + join(type_names(), ", ") + ".";
-    const code_entry* code = find_code(refused.code);
-    return code != nullptr ? code->remedy : "";
+    return hint_for(refused.code, text);
 }
 
 }  // namespace
@@ -138,12 +138,13 @@ std::string hint_of(const refusal& refused) {
 diagnostic describe(const refusal& refused, const config_file& file) {
     const password_list& passwords = file.passwords();
     bool is_value = refused.line.kind == KQ_INI_KEY;
+    std::string text = text_of(refused, file);
     return {.level = severity::error,
             .file = file.path(),
             .line = refused.line.number,
             .code = refused.code,
             .section = passwords.hide(refused.line.section),
             .key = is_value ? passwords.hide(refused.line.key) : "",
-            .text = passwords.hide(text_of(refused, file)),
-            .hint = hint_of(refused)};
+            .text = passwords.hide(text),
+            .hint = hint_of(refused, text)};
 }

@@ -9,13 +9,18 @@
 
 namespace {
 
-setting number(const char* name, const char* field, ulint64 value, const std::string& unit = "") {
+constexpr ulint64 always = ~0ULL;  // no value is the marker of a setting that is not configured
+
+setting number(const char* name, const char* field, ulint64 value, const std::string& unit = "",
+               ulint64 unset = always) {
+    if (value == unset) return {name, field, "", nullptr};
     std::string shown = std::to_string(value);
-    if (!unit.empty()) shown = unit == "MB" ? shown + " MB" : count_of(value, unit);
+    if (!unit.empty()) shown = unit[1] == 'B' ? shown + " " + unit : count_of(value, unit);
     return {name, field, shown, value};
 }
 
 setting text(const char* name, const char* field, const std::string& value) {
+    if (value.empty()) return {name, field, "", nullptr};
     return {name, field, visible(value), visible(value)};
 }
 
@@ -35,54 +40,31 @@ bool has_directory(const arch_cfg_t& arch) {
     return arch.type == ARCH_TYPE_LOCAL || arch.type == ARCH_TYPE_REMOTE;
 }
 
-std::vector<setting> raft_settings(const arch_cfg_t& arch) {
-    std::vector<setting> found;
-    if (arch.arch_dest_id != ARCH_UNSET_SHORT)
-        found.push_back(number("id", "dest_id", arch.arch_dest_id));
-    if (arch.arch_dest_ip[0] != '\0')
-        found.push_back(text("address", "dest_ip", arch.arch_dest_ip));
-    if (arch.arch_dest_port != 0) found.push_back(number("port", "dest_port", arch.arch_dest_port));
-    if (arch.arch_center_id != 0)
-        found.push_back(number("centre", "center_id", arch.arch_center_id));
-    return found;
-}
-
-struct global_row {
-    const char* key;
-    ulint64 value;
-    ulint64 unset;
-    const char* unit;
-};
-
 }  // namespace
 
 std::vector<setting> global_settings() {
     const arch_cfg_sys_t& sys = arch_cfg_sys;
-    const global_row rows[] = {
-        {"ARCH_WAIT_APPLY", sys.wait_apply, ARCH_UNSET_FLAG, ""},
-        {"ARCH_RESERVE_TIME", sys.arch_reserve_time, ARCH_UNSET_LONG, "minute"},
-        {"ARCH_LOCAL_SHARE", sys.arch_local_share, ARCH_UNSET_FLAG, ""},
-        {"ARCH_LOCAL_SHARE_CHECK", sys.arch_local_share_check, ARCH_UNSET_FLAG, ""},
-        {"XMAL_HB_INTERVAL", sys.xmal_hb_interval, ARCH_UNSET_LONG, "second"},
-        {"RAFT_HB_INTERVAL", sys.raft_hb_interval, 0, "second"},
-        {"RAFT_VOTE_INTERVAL", os_interlock_read(&sys.raft_vote_interval), ARCH_UNSET_LONG,
-         "second"},
-        {"XMAL_PORT", sys.xmal_port, 0, ""},
-        {"RAFT_SELF_ID", sys.raft_self_id, ARCH_UNSET_SHORT, ""},
-        {"RAFT_LEARNER", os_interlock_read(&sys.raft_learner), 0, ""},
-        {"ARCH_ASM_MIRROR", sys.arch_asm_mirror, ARCH_UNSET_FLAG, ""},
-        {"ARCH_ASM_STRIPING", sys.arch_asm_striping, ARCH_UNSET_SHORT, ""},
-        {"RAFT_PKG_INTERVAL", sys.raft_pkg_interval, 0, ""},
-        {"SELF_CENTER_ID", sys.self_center_id, 0, ""},
+    auto global = [](const char* key, ulint64 value, ulint64 unset, const char* unit = "") {
+        return number(key, key, value, unit, unset);
     };
-    std::vector<setting> found;
-    if (sys.xmal_ip[0] != '\0')
-        found.push_back({"XMAL_IP", "XMAL_IP",
-                         hide_password(visible(sys.xmal_ip), text_place::other),
-                         hide_password(visible(sys.xmal_ip), text_place::other)});
-    for (const global_row& row : rows)
-        if (row.value != row.unset) found.push_back(number(row.key, row.key, row.value, row.unit));
-    return found;
+    return {
+        global("ARCH_WAIT_APPLY", sys.wait_apply, ARCH_UNSET_FLAG),
+        global("ARCH_RESERVE_TIME", sys.arch_reserve_time, ARCH_UNSET_LONG, "minute"),
+        global("ARCH_LOCAL_SHARE", sys.arch_local_share, ARCH_UNSET_FLAG),
+        global("ARCH_LOCAL_SHARE_CHECK", sys.arch_local_share_check, ARCH_UNSET_FLAG),
+        global("XMAL_HB_INTERVAL", sys.xmal_hb_interval, ARCH_UNSET_LONG, "second"),
+        global("RAFT_HB_INTERVAL", sys.raft_hb_interval, 0, "second"),
+        global("RAFT_VOTE_INTERVAL", os_interlock_read(&sys.raft_vote_interval), ARCH_UNSET_LONG,
+               "second"),
+        text("XMAL_IP", "XMAL_IP", hide_password(sys.xmal_ip, text_place::other)),
+        global("XMAL_PORT", sys.xmal_port, 0),
+        global("RAFT_SELF_ID", sys.raft_self_id, ARCH_UNSET_SHORT),
+        global("RAFT_LEARNER", os_interlock_read(&sys.raft_learner), 0),
+        global("ARCH_ASM_MIRROR", sys.arch_asm_mirror, ARCH_UNSET_FLAG),
+        global("ARCH_ASM_STRIPING", sys.arch_asm_striping, ARCH_UNSET_SHORT, "KB"),
+        global("RAFT_PKG_INTERVAL", sys.raft_pkg_interval, 0),
+        global("SELF_CENTER_ID", sys.self_center_id, 0),
+    };
 }
 
 std::string destination_of(const arch_cfg_t& arch) {
@@ -126,7 +108,10 @@ std::vector<setting> own_settings_of(const arch_cfg_t& arch) {
                     number("send delay", "send_delay_minutes", arch.arch_send_delay, "minute")};
         case ARCH_TYPE_RAFT:
         case ARCH_TYPE_LEARNER:
-            return raft_settings(arch);
+            return {number("id", "dest_id", arch.arch_dest_id, "", ARCH_UNSET_SHORT),
+                    text("address", "dest_ip", hide_password(arch.arch_dest_ip, text_place::other)),
+                    number("port", "dest_port", arch.arch_dest_port, "", 0),
+                    number("centre", "center_id", arch.arch_center_id, "", 0)};
         case ARCH_TYPE_SUBSCRIBE:
             return {number("mode", "mode", arch.arch_subscb_mode),
                     text("timer", "timer", hide_password(arch.timer_name, text_place::other)),

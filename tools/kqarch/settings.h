@@ -9,13 +9,13 @@
 #include "arch_cfg.h"
 
 struct setting {
-    std::string name;   // for people: "file size"
-    std::string field;  // for programs: "file_size_mb"
-    std::string shown;  // "1024 MB"
-    nlohmann::ordered_json value;
+    std::string name;              // for people: "file size"
+    std::string field;             // for programs: "file_size_mb"
+    std::string shown;             // "1024 MB"; empty when it is not configured
+    nlohmann::ordered_json value;  // null when it is not configured
 };
 
-// The global settings that are configured, by their keys.
+// Every global setting, by its key, in the order in which they are written.
 std::vector<setting> global_settings() KQ_REQUIRES(arch_cfg_sys.mutex);
 
 // What ARCH_DEST says: a directory, instance names, or a connection text.

@@ -47,7 +47,7 @@ void show_globals(output& out) KQ_REQUIRES(arch_cfg_sys.mutex) {
     std::vector<table_row> rows = {{"GLOBAL SETTING", "VALUE"}};
     for (const setting& one : global_settings()) {
         document[one.field] = one.value;
-        rows.push_back({one.name, one.shown});
+        if (!one.shown.empty()) rows.push_back({one.name, one.shown});
     }
     out.set("globals", document);
     if (rows.size() == 1) return;
@@ -139,6 +139,9 @@ void show_validity(const instance& open, const config_file& file,
 }  // namespace
 
 exit_status run_show(const std::string& directory, output& out) {
+    for (const char* field :
+         {"instance", "globals", "destinations", "valid", "code", "refused_lines"})
+        out.set(field, nullptr);
     instance open(directory);
     if (open.failure()) {
         out.report(open.failure()->found);

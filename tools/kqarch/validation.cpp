@@ -5,6 +5,7 @@
 #include "capture.h"
 #include "catalogue.h"
 #include "elog.h"
+#include "hints.h"
 #include "instance.h"
 #include "placement.h"
 #include "text.h"
@@ -23,7 +24,7 @@ diagnostic describe_failure(const captured& result, const placement& place,
             .section = passwords.hide(place.section),
             .key = place.key,
             .text = passwords.hide(text),
-            .hint = entry != nullptr ? entry->remedy : ""};
+            .hint = hint_for(result.code, text)};
 }
 
 struct failed_destination {
