@@ -78,6 +78,7 @@ TEST(files, are_filled_with_zeros_or_not_left_behind) {
 
 TEST(directories, are_created_with_their_parents) {
     instance_directory directory;
+    umask(022);
     write_file("file", "");
     fs::create_symlink("nowhere", "dangling");
     for (const char* path : {"a/b//c/", "a/b", "./d", "a/../e/f", "."}) {
