@@ -37,7 +37,9 @@
 #ifndef ARCH_CFG_H
 #define ARCH_CFG_H
 
+#include "kqlst.h"
 #include "kqtype.h"
+#include "mem.h"
 #include "osmutex.h"
 
 #if defined(__GNUC__)
@@ -749,6 +751,235 @@ ARCH_CFG_API kqcode_t arch_cfg_drop(const schar* dest) KQ_EXCLUDES(arch_cfg_sys.
 /* The same for a record; ARCH_E_DEST_NOT_FOUND when the registry does not hold this very record.
  * Lock: taken, in spite of the name's ending. */
 ARCH_CFG_API kqcode_t arch_cfg_drop_low(arch_cfg_t* dst_arch) KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* ---- The cluster: what nodes tell one another ------------------------------------------------ */
+
+/* A configuration message carries the archive paths of a node: every LOCAL and REMOTE destination,
+ * in list order. Integers are little-endian, texts have no terminator, nothing is padded.
+ *
+ *   body length   4 bytes    of all that follows
+ *   an entry      2 + P      path length P and path (`dest`), at most 256
+ *                 2 + N      with names: name length N and name, at most 128: this instance's for
+ *                            LOCAL, the remote instance's for REMOTE
+ *
+ * Instance A with LOCAL /arch and REMOTE /rarch of B, with names, is 25 bytes:
+ *   15 00 00 00   05 00 "/arch" 01 00 "A"   06 00 "/rarch" 01 00 "B"
+ *
+ * Nothing in the message says whether it has names: both sides go by ARCH_LOCAL_SHARE. */
+
+/* The number of bytes that arch_cfg_info_encode writes with the same `inst_check` (1: with names),
+ * the body length included; 4 when there is nothing to tell. Lock: held, until it is encoded. */
+ARCH_CFG_API ulint arch_cfg_info_len_calc(kqbool inst_check) KQ_REQUIRES(arch_cfg_sys.mutex);
+
+/* Writes the message at `msg_buf + off`, where there is room for arch_cfg_info_len_calc bytes, and
+ * returns how many. `buf_len` is not looked at. Lock: held. */
+ARCH_CFG_API ulint arch_cfg_info_encode(byte* msg_buf, ulint off, ulint buf_len, kqbool inst_check)
+    KQ_REQUIRES(arch_cfg_sys.mutex);
+
+/* Checks a peer's message against the process registry. `msg_buf` is its first entry, behind the
+ * body length, and `msg_len` that length. With `arch_local_share` exactly 1 the entries have names,
+ * and every REMOTE destination here must stand in the message, the path with case and the name
+ * without. Otherwise no path of the message may be a path here, and with more than one node in
+ * kq.ini (HPC_NODE) nothing agrees. Temporary lists come from `env` and are gone on return.
+ *   ARCH_E_PEER_CFG_MISMATCH   a destination is missing there, or nothing may be unshared; or the
+ *                              message is malformed: a length past the end, a text too long or with
+ *                              a control character, a byte left over
+ *   ARCH_E_PEER_PATH_CONFLICT  a path is used by both
+ *   ARCH_E_OUT_OF_MEMORY       the pool refused
+ * Silent. Lock: held. */
+ARCH_CFG_API kqcode_t arch_cfg_info_decode_and_check(kqenv_t env, const byte* msg_buf,
+                                                     ulint msg_len, kqbool arch_local_share)
+    KQ_REQUIRES(arch_cfg_sys.mutex);
+
+/* 1 when two records agree in `name`, `type`, `n_inst`, `dest`, `space_limit`, `file_size`,
+ * `hang_flag`, `flush_buf_size`, `timer_name`, `epno` and `arch_send_delay`, texts with case. Lock:
+ * none taken; held where a record is registered. */
+ARCH_CFG_API kqbool arch_cfg_cmp(const arch_cfg_t* cfg1, const arch_cfg_t* cfg2);
+
+/* The REMOTE destinations, in list order: `data` of a node is the path (pathname_t), `flag` the
+ * remote instance's name (sysname_t, cut to 128). Each entry is one block of the pool, freed by one
+ * mem_free of the node, by the caller. ARCH_E_OUT_OF_MEMORY leaves `dest_lst` empty and nothing
+ * held. Silent. Lock: held. */
+ARCH_CFG_API kqcode_t arch_cfg_get_all_remote_dest(kqenv_t env, kq_lst_t* dest_lst)
+    KQ_REQUIRES(arch_cfg_sys.mutex);
+
+/* The LOCAL and REMOTE destinations, in list order; with `get_one_local` 1 only the first LOCAL.
+ * Path, name and node are blocks of their own, freed each by the caller. `flag` is null unless
+ * `arch_local_share` is 1; then it is this instance's name for LOCAL. Otherwise as above. */
+ARCH_CFG_API kqcode_t arch_cfg_get_all_local_and_remote_dest(kqenv_t env, kq_lst_t* dest_lst,
+                                                             kqbool arch_local_share,
+                                                             kqbool get_one_local)
+    KQ_REQUIRES(arch_cfg_sys.mutex);
+
+/* Whether every other endpoint of this instance's cluster group, healthy or failed, has a REMOTE
+ * destination. 0 at once with fewer than two nodes (HPC_NODE) or on DFS storage. Otherwise the
+ * result of kqerr_get_err_desc_with_langage, which puts the text into `err_desc` and `err_len`:
+ *   ARCH_E_EP_NO_REMOTE   with the endpoint's number in the group, for the first without one
+ *   any other             of the cluster registry
+ * Lock: none taken; held, or the list kept from changing. */
+ARCH_CFG_API kqcode_t arch_cfg_remote_all_other_ep_check(lint language, ulint* err_len,
+                                                         schar* err_desc)
+    KQ_REQUIRES(arch_cfg_sys.mutex);
+
+/* The configuration-change guard (`arch_cfg_changing`): 256 while a change is under way, plus one
+ * bit for each node 0 to 7 that has one. Nodes share it; the exclusive change, 255, shares it with
+ * nobody. Nothing waits: a refused caller tries again when it likes.
+ *   ARCH_E_CFG_CHANGING    another holder excludes this one; logged only, at level 2
+ *   ARCH_E_INVALID_VALUE   8 to 254, which is nobody; silent
+ * A node that holds it may take it again. Lock: taken. */
+ARCH_CFG_API kqcode_t arch_set_cfg_changing(byte rac_seqno) KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* Gives the guard back: a node its bit, and all with the last node bit; 255 everything. 8 to 254 do
+ * nothing. Lock: taken. */
+ARCH_CFG_API void arch_reset_cfg_changing(byte rac_seqno) KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* The instances that a destination serves. */
+typedef struct arch_collect_struct {
+    usint n_rac; /* names in use, at most 16 */
+    sysname_t inst_name_arr[ARCH_INST_MAX];
+} arch_collect_t;
+
+/* Adds the instance names of each destination that is not LOCAL to an entry of its own, in list
+ * order, from entry `*n_arch` on, and moves `*n_arch` behind the last; a name that finds its entry
+ * full is left out. The caller supplies an entry for each such destination, with `n_rac` 0.
+ * Lock: taken. */
+ARCH_CFG_API void arch_cfg_collect_inst_name(usint* n_arch, arch_collect_t* arch_collect)
+    KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* The paths of the REMOTE destinations and of the first LOCAL one, in list order, in a block of the
+ * pool that the caller frees.
+ *   ARCH_E_NO_ARCH_PATH    there is none; logged only
+ *   ARCH_E_OUT_OF_MEMORY   logged as a code with its place; what was collected stays with the
+ *                          caller
+ * Lock: none taken; held, or the list kept from changing. */
+ARCH_CFG_API kqcode_t rarch_cfg_arch_path_get(kqenv_t env, ulint* n_arch_path,
+                                              pathname_t** arch_path_arr)
+    KQ_REQUIRES(arch_cfg_sys.mutex);
+
+/* Appends a path (cut to 256) to an array of `*n_arch_path` in use and `*arr_size` allocated, which
+ * grows by 16 when it is full. ARCH_E_OUT_OF_MEMORY leaves all as it was; silent. Lock: none. */
+ARCH_CFG_API kqcode_t rarch_cfg_arch_path_arr_fill(kqenv_t env, ulint* arr_size, ulint* n_arch_path,
+                                                   pathname_t** arch_path_arr,
+                                                   const schar* arch_path);
+
+/* The first REMOTE record of a remote instance, ignoring case, or null. The second asks kqmal.ini
+ * for the name of a site; null while the registry is not initialised (`has_inited`).
+ * Lock: held. */
+ARCH_CFG_API arch_cfg_t* arch_cfg_find_remote_by_inst_name(const schar* inst_name)
+    KQ_REQUIRES(arch_cfg_sys.mutex);
+ARCH_CFG_API arch_cfg_t* arch_cfg_find_remote_by_mal_seqno(usint mal_seqno)
+    KQ_REQUIRES(arch_cfg_sys.mutex);
+
+/* Removes the first record whose `epno` is `ep_no`, if there is one. The file is not rewritten.
+ * Lock: taken. */
+ARCH_CFG_API void arch_cfg_sys_destroy_one_ep(usint ep_no) KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* ---- Raft membership ------------------------------------------------------------------------- */
+
+/* The operations below change the registry; but for arch_delete_raft_info none writes kqarch.ini.
+ * Those with `rec` leave the new text of the whole file there, made under the same hold of the
+ * lock, for the caller to persist (arch_cfg_sys_write_by_rec). `rec` has room for
+ * ARCH_CFG_TEXT_SIZE characters, or is null; it is empty on failure, also when the text does not
+ * fit (ARCH_E_OUT_OF_MEMORY, the change made). Refusals are logged only, at level 4, changes at
+ * level 2; names ignore case. */
+
+/* Adds a RAFT or LEARNER member: section ARCHIVE_<dest>. `raft_cnt` is not changed. `ip` may be
+ * null for none. Returns the record through `arch_out`, null on failure. In this order:
+ *   ARCH_E_INVALID_TYPE      `arch_type` is neither; silent
+ *   ARCH_E_TOO_MANY_LEARNER, ARCH_E_TOO_MANY_RAFT   9 LEARNER or 8 RAFT exist
+ *   ARCH_E_TOO_LONG          `dest` has more than 120 characters
+ *   ARCH_E_INVALID_VALUE     `dest` is empty or could not stand in the file (a control character,
+ *                            an outer blank, "/", STANDBY_ARCHIVE), or `ip` could not (more than
+ *                            64 characters)
+ *   any                      of arch_cfg_validate_raft_info
+ *   ARCH_E_OUT_OF_MEMORY
+ *   any                      of arch_cfg_validate, without timers and without probing ASM storage
+ * Lock: taken. */
+ARCH_CFG_API kqcode_t arch_cfg_add_learner_or_raft(const schar* dest, const schar* ip, usint port,
+                                                   usint dest_id, usint center_id, usint arch_type,
+                                                   arch_cfg_t** arch_out, schar* rec)
+    KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* Checks a new member against this node and then against each destination, in list order.
+ *   ARCH_E_TOO_LONG         `dest` has more than 128 characters
+ *   ARCH_E_DEST_IS_SELF     `dest` is this instance
+ *   ARCH_E_DUPLICATE_NAME   a section has the name `arch_name`
+ *   ARCH_E_DEST_EXISTS      a member has the name `dest`
+ *   ARCH_E_INVALID_VALUE    this node or a member has the address and port, or the id; or a
+ *                           destination is neither LOCAL nor a member (silent)
+ * `arch_name` and `dest` are not null. Lock: held. */
+ARCH_CFG_API kqcode_t arch_cfg_validate_raft_info(const schar* arch_name, const schar* dest,
+                                                  const schar* ip, usint port, usint dest_id)
+    KQ_REQUIRES(arch_cfg_sys.mutex);
+
+/* Changes the address of this node (XMAL_IP, XMAL_PORT) or of a member; a null address empties it.
+ * Always 0: an unknown name changes nothing, and an address that could not stand in the file
+ * leaves the old address and port, and is logged. Lock: held. */
+ARCH_CFG_API kqcode_t arch_cfg_update_raft_info(const schar* dest_name, const schar* new_xmal_ip,
+                                                usint new_xmal_port)
+    KQ_REQUIRES(arch_cfg_sys.mutex);
+
+/* The id of this node (`raft_self_id`) or of a member; 65535 for an unknown name. Lock: held. */
+ARCH_CFG_API usint arch_cfg_find_dest_id_by_name(const schar* dest) KQ_REQUIRES(arch_cfg_sys.mutex);
+
+/* Whether a name, which is not null, is a member of a type: RAFT, LEARNER, or 0 for either. This
+ * instance counts as a voting member.
+ *   ARCH_E_RAFT_DEST_TOO_LONG   more than 128 characters
+ *   ARCH_E_DEST_NOT_FOUND       no destination has the name
+ *   ARCH_E_NOT_RAFT_MEMBER      asked for either, it is neither
+ *   ARCH_E_NOT_LEARNER          asked for a LEARNER, it is none
+ *   ARCH_E_RAFT_TYPE_MISMATCH   asked for another type, it is not of it; asked for a LEARNER, it is
+ *                               this instance
+ * Lock: taken. */
+ARCH_CFG_API kqcode_t arch_cfg_check_raft_dest_validate(const schar* dest, usint arch_type)
+    KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* A learner leaves: its record is removed. An unknown name is no error. `dest_id` is not looked at,
+ * `raft_cnt` not changed. 0. Lock: taken. */
+ARCH_CFG_API kqcode_t arch_cfg_delete_learner(const schar* dest_name, usint dest_id, schar* rec)
+    KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* A voter leaves, likewise; the caller follows with arch_cfg_set_raft_cnt. 0. Lock: taken. */
+ARCH_CFG_API kqcode_t arch_cfg_delete_raft(const schar* dest_name) KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* The voters become those of a list, which names this node too: RAFT records that it does not name
+ * are removed, none is added, and `raft_cnt` becomes the list's length less 1.
+ * ARCH_E_INVALID_VALUE, silent and nothing changed, for an empty list. Lock: taken. */
+ARCH_CFG_API kqcode_t arch_cfg_change_to_new(usint new_node_num, const sysname_t* new_node_arr,
+                                             schar* rec) KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* The learners that a list names become voters; when it names this node, `raft_learner` becomes 0.
+ * Who is a voter already stays one. The ids of the promoted learners go to `learner_id_arr` and
+ * their number to `n_learner`; both may be null. `raft_cnt` is not changed.
+ * ARCH_E_DEST_NOT_FOUND at the first name that is nobody's: the promotions before it stay.
+ * Lock: taken. */
+ARCH_CFG_API kqcode_t arch_cfg_change_learner_to_raft(usint new_node_num,
+                                                      const sysname_t* new_node_arr, schar* rec,
+                                                      usint* n_learner, usint* learner_id_arr)
+    KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* Sets `raft_cnt` to the number of RAFT records. Lock: taken. */
+ARCH_CFG_API void arch_cfg_set_raft_cnt(void) KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* Clears this node's Raft settings: `raft_hb_interval`, `raft_vote_interval`, `raft_pkg_interval`,
+ * `xmal_port` and `self_center_id` 0, `xmal_hb_interval` 4294967295, `raft_self_id` 65535,
+ * `xmal_ip` empty. 0. Lock: taken. */
+ARCH_CFG_API kqcode_t arch_cfg_sys_delete_raft_info(void) KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* Ends the Raft group here: every member is removed, the settings cleared, `raft_cnt` 0, and
+ * kqarch.ini rewritten, whose result is returned; `raft_learner` stays. Lock: taken. */
+ARCH_CFG_API kqcode_t arch_delete_raft_info(void) KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* Replaces this node's Raft settings (`xmal_ip` cut to 64) and validates the whole registry
+ * (arch_cfg_sys_validate, both checks off). When that refuses, the settings are cleared, not
+ * restored, and its code is returned. Lock: taken. */
+ARCH_CFG_API kqcode_t arch_cfg_sys_update_raft_info(
+    ulint raft_hb_interval, ulint raft_vote_interval, ulint xmal_hb_interval, const schar* xmal_ip,
+    usint xmal_port, ulint raft_self_id, ulint raft_center_id) KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+/* Sets `raft_vote_interval`. Lock: taken. */
+ARCH_CFG_API void arch_cfg_sys_set_raft_vote_interval(ulint raft_vote_interval)
+    KQ_EXCLUDES(arch_cfg_sys.mutex);
 
 KQ_END_C
 

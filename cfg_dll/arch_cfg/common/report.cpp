@@ -116,6 +116,14 @@ void warn(const schar* format, ...) {
     elog_report_ex(ELOG_WARNING, "%s", said.text());
 }
 
+void report_change(const schar* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    const message said(format, arguments);
+    va_end(arguments);
+    elog_report_ex(ELOG_CHANGE, "%s", said.text());
+}
+
 kqcode_t raise(kqcode_t code, int line) {
     elog_try_report_kqerr(code, "cfg_dll/arch_cfg", static_cast<ulint>(line));
     return code;

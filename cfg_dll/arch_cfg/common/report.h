@@ -28,6 +28,9 @@ kqcode_t refuse_direct(kqcode_t code, const schar* format, ...) KQ_PRINTF(2, 3);
 // Logged at level 3; nothing fails.
 void warn(const schar* format, ...) KQ_PRINTF(1, 2);
 
+// Logged at level 2: a change that was made.
+void report_change(const schar* format, ...) KQ_PRINTF(1, 2);
+
 // Records a code with the place that raised it, and returns it.
 kqcode_t raise(kqcode_t code, int line = __builtin_LINE());
 

@@ -1,5 +1,7 @@
 #include "common/text.h"
 
+#include <algorithm>
+
 namespace arch {
 
 std::string_view trimmed(std::string_view text) {
@@ -8,6 +10,10 @@ std::string_view trimmed(std::string_view text) {
     while (!text.empty() && text.back() == ' ')
         text.remove_suffix(1);
     return text;
+}
+
+bool survives_reading(std::string_view text) {
+    return std::none_of(text.begin(), text.end(), is_control) && trimmed(text) == text;
 }
 
 void trim_in_place(schar* text) {

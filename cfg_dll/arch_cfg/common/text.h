@@ -50,6 +50,9 @@ inline bool same_path(const schar* left, const schar* right) {
 // Without the blanks (the space character only) at both ends.
 std::string_view trimmed(std::string_view text);
 
+// Whether the INI reader, which trims, reads a text back as it is written.
+bool survives_reading(std::string_view text);
+
 // Moves a text without its outer blanks to the start of its own buffer.
 void trim_in_place(schar* text);
 

@@ -1,18 +1,11 @@
 #include "online/written_back.h"
 
-#include <algorithm>
-
 #include "common/server.h"
 #include "elog.h"
 #include "registry/registry.h"
 
 namespace arch {
 namespace {
-
-// The reader trims what it reads.
-bool survives_reading(std::string_view text) {
-    return std::none_of(text.begin(), text.end(), is_control) && trimmed(text) == text;
-}
 
 kqcode_t refuse_key(kqcode_t code, const arch_cfg_t& arch, ulint key) {
     elog_report_ex(ELOG_REFUSAL, "%s archive: %s would not be read back from kqarch.ini as it is",

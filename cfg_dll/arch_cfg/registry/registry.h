@@ -12,6 +12,7 @@ namespace arch {
 
 // How many destinations of a type there may be, of every type that has no limit of its own.
 constexpr ulint most_of_type = 8;
+constexpr ulint most_learners = 9;
 
 class destination_iterator {
   public:

@@ -17,7 +17,6 @@ using namespace arch;
 namespace arch {
 namespace {
 
-constexpr ulint most_learners = 9;
 constexpr std::size_t most_members = 18;
 
 void default_wait_apply(arch_cfg_sys_t& registry, kqbool value) {
