@@ -111,7 +111,7 @@ class rewriter {
         if (result.code == 0) return;
         diagnostic warning = result.failures.back();
         warning.level = severity::warning;
-        warning.text += " (the server would not start with this)";
+        warning.text = "the server would not start with this: " + warning.text;
         warning.hint = "`kqarch check " + open_.directory() + "` lists every problem.";
         out_.report(warning);
     }
@@ -190,7 +190,12 @@ class rewriter {
 
     // A setting that was commented out may hold a password that stands nowhere else.
     std::string hidden_comment(const std::string& line) const {
-        return file_.passwords().hide(hide_password(visible(line), text_place::other));
+        size_t value = line.find('=') + 1;  // 0 without one
+        bool connection = value > 0 && upper_case(line).find("ARCH_DEST") < value &&
+                          !trimmed(line.substr(value)).starts_with('/');
+        text_place place = connection ? text_place::subscriber : text_place::other;
+        return file_.passwords().hide(visible(line.substr(0, value)) +
+                                      hide_password(visible(line.substr(value)), place));
     }
 
     void print_difference(const std::string& before) {
@@ -205,6 +210,7 @@ class rewriter {
         }
         if (found.size() > most_diff_lines)
             out_.print("... and " + count_of(found.size() - most_diff_lines, "more line") + "\n");
+        if (found.empty()) out_.print("Only the end of the last line differs.\n");
         out_.set("diff", documents);
     }
 
@@ -212,6 +218,7 @@ class rewriter {
         const char* marks[] = {" ", "-", "+"};
         std::string text =
             is_comment(trimmed(line.text)) ? hidden_comment(line.text) : shown_line(line.text);
+        if (text.empty() && line.kind == change::kept) return "";
         return marks[static_cast<int>(line.kind)] + visible(text);
     }
 

@@ -16,6 +16,8 @@
 
 namespace {
 
+constexpr const char* cannot_be_read = "cannot be read";
+
 std::string without_end_slashes(std::string path) {
     while (path.size() > 1 && path.back() == '/')
         path.pop_back();
@@ -51,13 +53,12 @@ problem unreadable(const std::string& path, kqcode_t code) {
     if (code == ARCH_E_OUT_OF_MEMORY) {
         found.text = "there is no memory to read it";
     } else if (stat(path.c_str(), &status) != 0) {
-        found.text = std::string("cannot be read: ") + std::strerror(errno);
+        found.text = std::string(cannot_be_read) + ": " + std::strerror(errno);
     } else if (!S_ISREG(status.st_mode)) {
         found.text = "is no regular file";
     } else {
         bool readable = faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) == 0;
-        found.text = std::string("cannot be read") +
-                     (readable ? "" : std::string(": ") + std::strerror(errno));
+        found.text = cannot_be_read + (readable ? "" : std::string(": ") + std::strerror(errno));
     }
     found.hint = hint_for(code, "");
     return {exit_failed, found};
@@ -70,8 +71,9 @@ instance::instance(const std::string& directory) : directory_(without_end_slashe
     if (opening.code < 0) {
         diagnostic found = parse_complaint(opening.said, file("kq.ini"));
         found.code = opening.code;
-        found.hint = status_of(opening.code) == exit_failed ? hint_for(opening.code, "") : "";
         failure_ = problem{status_of(opening.code), found};
+        if (opening.code == ARCH_E_FILE_OPEN) failure_ = unreadable(found.file, opening.code);
+        if (failure_->found.text == cannot_be_read) failure_->found.text = found.text;
         return;
     }
     arch_cfg_sys_init_env();

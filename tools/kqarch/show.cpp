@@ -81,7 +81,7 @@ table_row as_row(const arch_cfg_t& arch) {
         row.push_back(i < sizes.size() ? sizes[i].shown : "-");
     std::vector<std::string> own;
     for (const setting& one : own_settings_of(arch))
-        own.push_back(one.name + " " + one.shown);
+        if (!one.shown.empty()) own.push_back(one.name + " " + one.shown);
     row.push_back(join(own, ", "));
     return row;
 }
@@ -113,7 +113,9 @@ void warn_of_refusal(const instance& open, const diagnostic& first, size_t refus
     warning.level = severity::warning;
     warning.hint = "`kqarch check " + open.directory() + "` lists every problem.";
     out.report(warning);
-    out.print("\nThe server would not start with this: " + why + shown + ".\n");
+    std::string verdict = open.archiving() ? "The server would not start with this: "
+                                           : "With archiving on the server would not start: ";
+    out.print("\n" + verdict + why + shown + ".\n");
 }
 
 // Validates after the settings were shown: validation fills in defaults.
@@ -157,7 +159,8 @@ exit_status run_show(const std::string& directory, output& out) {
     if (missing)
         out.report({.level = severity::note,
                     .file = open.config_file(),
-                    .text = "does not exist; the server would create it empty"});
+                    .text = std::string("does not exist") +
+                            (open.archiving() ? "; the server would create it empty" : "")});
     std::vector<diagnostic> refused = load(file);
     show_instance(open, out);
     {

@@ -1,0 +1,66 @@
+// A password must not come out of kqarch in any form, wherever it stands in the file.
+#include <gtest/gtest.h>
+
+#include "program.h"
+#include "text.h"
+
+namespace {
+
+constexpr const char* canary = "Kanary7Word";
+
+// Bodies of a kqarch.ini; PASS is the password.
+constexpr const char* bodies[] = {
+    "[S]\nARCH_TYPE = SUBSCRIBE\nARCH_DEST = sysdba/PASS@10.9.8.7:5236\nARCH_TIMER_NAME = T\n",
+    "[S]\nARCH_TYPE = SUBSCRIBE\nARCH_DEST = sysdba/PASS@localhost:5236\n",
+    "[S]\nARCH_TYPE = SUBSCRIBE\nARCH_DEST = sysdba/PASS\n",
+    "[S]\nARCH_TYPE = SUBSCRIBE\nARCH_DEST = /PASS@host:52\n",
+    "[S]\nARCH_TYPE = SUBSCRIBE\nARCH_DEST = sysdba:PASS@nowhere\n",
+    "[S]\nARCH_TYPE = SUBSCRIBE\nARCH_DEST = a/x@PASS/y@host:5\n",
+    "[S]\nARCH_TYPE = SUBSCRIBE\nARCH_DEST = a/PASS\x07@host:5\n",
+    "[S]\nARCH_TYPE = SUBSCRIBR\nARCH_DEST = sysdba/PASS@host:5236\n",
+    "[S]\nARCH_DEST = sysdba/PASS@host:5236\nARCH_TYPE = SUBSCRIBE\n",
+    "[SUB]\nARCH_DEST = sysdba/PASS\n",
+    "[S]\nARCH_TYPE = LOCAL\nARCH_DEST = sysdba/PASS@host:5236\n",
+    "[S]\nARCH_TYPE = REMOTE\nARCH_DEST = sysdba/PASS@host\nARCH_INCOMING_PATH = a/PASS@b\n",
+    "[S]\nARCH_TYPE = REALTIME\nARCH_DEST = sysdba/PASS@host\n",
+    "[S]\nARCH_TYPE = REALTIME\nARCH_DEST = a/PASS/x@h\n",
+    "[S]\nARCH_TYPE = ASYNC\nARCH_TIMER_NAME = a/PASS@b\nARCH_DEST = X\n",
+    "[S]\nARCH_TYPE = RAFT\nARCH_DEST = a/PASS@b\nARCH_DEST_IP = a/PASS@b\n",
+    "[S]\nARCH_TYPE = LOCAL\nARCH_FILE_SIZE = a/PASS@b\nARCH_DST = a/PASS@b\n",
+    "[S]\nARCH_TYPE = a/PASS@b\n[a/PASS@b]\n[a/PASS@b]\nARCH_TYPE = LOCAL\n",
+    "[L]\nARCH_TYPE = LOCAL\n[S\nARCH_TYPE = SUBSCRIBE\nARCH_DEST = sysdba/PASS\n",
+    "ARCH_DEST sysdba/PASS@host:5236\nsysdba/PASS@host\nsysdba/PASS=x@host\nsysdba/PA=SS@h = 1\n",
+    "#ARCH_DEST = sysdba/PASS\n# ARCH_DEST = sysdba/PASS@host\n[L]\nARCH_TYPE = LOCAL\nARCH_DEST = "
+    "{dir}/db/arch\n"
+    "ARCH_RECV_PATH = a/PASS@b\n",
+    "[L]\nARCH_TYPE = LOCAL\nARCH_DEST = {dir}/db/arch\n[S]\nARCH_TYPE = SUBSCRIBE\n"
+    "ARCH_DEST = sysdba/PASS@10.9.8.7:5236\nARCH_TIMER_NAME = T\nARCH_FILE_SIZE = 64\n",
+};
+
+std::string body_with_canary(std::string body) {
+    for (size_t at = body.find("PASS"); at != body.npos; at = body.find("PASS", at))
+        body.replace(at, 4, canary);
+    return body;
+}
+
+TEST(password, never_comes_out) {
+    workplace place;
+    ASSERT_EQ(place.run("kqarch init db").status, 0);
+    for (const char* body : bodies) {
+        std::string text = body_with_canary(body);
+        place.write("db/kqarch.ini", text);
+        for (const char* command :
+             {"check db", "check --no-timers db", "show db", "fmt db", "fmt --check db"})
+            for (const char* form : {"", " --json"}) {
+                run_result result = place.run(std::string("kqarch ") + command + form);
+                std::string said = result.output + result.errors;
+                EXPECT_FALSE(said.empty()) << command << "\n" << text;
+                EXPECT_EQ(upper_case(said).find(upper_case(canary)), said.npos)
+                    << command << form << "\n"
+                    << text << "\n"
+                    << said;
+            }
+    }
+}
+
+}  // namespace

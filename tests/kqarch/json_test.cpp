@@ -1,0 +1,125 @@
+// What --json promises: one document, every field present, errors in it and nothing beside it.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "program.h"
+
+namespace {
+
+using json = nlohmann::json;
+using names = std::vector<std::string>;
+
+names keys_of(const json& object) {
+    names keys;
+    for (const auto& [key, value] : object.items())
+        keys.push_back(key);
+    return keys;
+}
+
+struct row {
+    const char* command;
+    int status;
+    names fields;  // beside the four of every document
+};
+
+const names check_fields = {"directories", "summary"};
+const names show_fields = {"code", "destinations", "globals", "instance", "refused_lines", "valid"};
+const names fmt_fields = {"diff", "differs", "lost", "text"};
+const names init_fields = {"files", "instances", "kind", "next"};
+
+const row rows[] = {
+    {"init --json new", 0, init_fields},
+    {"init --json good", 1, init_fields},
+    {"check --json good bad missing", 3, check_fields},
+    {"check --json bad", 1, check_fields},
+    {"--json check good", 0, check_fields},
+    {"show --json good", 0, show_fields},
+    {"show --json bad", 0, show_fields},
+    {"show --json missing", 3, show_fields},
+    {"fmt --json good", 0, fmt_fields},
+    {"fmt --json bad", 1, fmt_fields},
+    {"fmt --json --check good", 0, fmt_fields},
+    {"fmt --json missing", 3, fmt_fields},
+    {"chek --json", 2, {}},
+    {"check --json --nonsense good", 2, {}},
+};
+
+class kqarch_json : public testing::Test {
+  protected:
+    kqarch_json() {
+        place.run("kqarch init good && cp -r good bad");
+        place.write("bad/kqarch.ini", "[A\xff]\nARCH_TYPE = LOCAL\nARCH_FILE_SIZE = 1\nX = 2\n");
+    }
+
+    json run(const std::string& arguments) {
+        run_result result = place.run("kqarch " + arguments);
+        EXPECT_EQ(result.errors, "") << arguments;
+        return json::parse(result.output);
+    }
+
+    workplace place;
+};
+
+TEST_F(kqarch_json, is_one_document_with_every_field) {
+    for (const row& one : rows) {
+        json document = run(one.command);
+        names expected = {"command", "diagnostics", "exit_code", "schema_version"};
+        expected.insert(expected.end(), one.fields.begin(), one.fields.end());
+        std::sort(expected.begin(), expected.end());
+        EXPECT_EQ(keys_of(document), expected) << one.command;
+        EXPECT_EQ(document["exit_code"], one.status) << one.command;
+        EXPECT_EQ(document["schema_version"], 1);
+        bool good = one.status == 0 && std::string(one.command).find("bad") == std::string::npos;
+        EXPECT_EQ(document["diagnostics"].empty(), good) << one.command;
+    }
+}
+
+TEST_F(kqarch_json, tells_everything_about_a_diagnostic) {
+    json found = run("check --json bad")["diagnostics"];
+    ASSERT_EQ(found.size(), 2U);
+    EXPECT_EQ(found[0], json({{"severity", "error"},
+                              {"file", "bad/kqarch.ini"},
+                              {"line", 3},
+                              {"code", -803},
+                              {"name", "ARCH_E_INVALID_VALUE"},
+                              {"section", "A\xef\xbf\xbd"},
+                              {"key", "ARCH_FILE_SIZE"},
+                              {"text", "arch_cfg ARCH_FILE_SIZE value 1 is invalid"},
+                              {"hint", found[0]["hint"]}}));
+    EXPECT_EQ(found[1]["line"], 4);
+    EXPECT_EQ(found[1]["code"], -802);
+    EXPECT_TRUE(found[1]["hint"].is_string());
+    EXPECT_EQ(run("check --json missing")["diagnostics"][0]["line"], nullptr);
+}
+
+TEST_F(kqarch_json, gives_the_verdict_of_each_directory) {
+    json document = run("check --json good bad missing");
+    ASSERT_EQ(document["directories"].size(), 3U);
+    const json& good = document["directories"][0];
+    EXPECT_EQ(good["verdict"], "would_start");
+    EXPECT_EQ(good["counts"]["LOCAL"], 1);
+    EXPECT_EQ(good["counts"].size(), 9U);
+    EXPECT_EQ(document["directories"][1]["code"], -803);
+    EXPECT_EQ(document["directories"][2]["verdict"], "not_checked");
+    EXPECT_EQ(
+        document["summary"],
+        json({{"directories", 3}, {"would_start", 1}, {"would_not_start", 1}, {"not_checked", 1}}));
+}
+
+TEST_F(kqarch_json, shows_settings_as_values) {
+    json shown = run("show --json good");
+    EXPECT_EQ(shown["instance"]["port"], 5236);
+    EXPECT_EQ(shown["globals"].size(), 15U);
+    EXPECT_EQ(shown["globals"]["ARCH_WAIT_APPLY"], 0);
+    EXPECT_EQ(shown["globals"]["XMAL_IP"], nullptr);
+    const json& local = shown["destinations"][0];
+    EXPECT_EQ(local["file_size_mb"], 128);
+    EXPECT_EQ(local["settings"]["hang_flag"], true);
+    EXPECT_EQ(run("show --json bad")["valid"], false);
+}
+
+}  // namespace

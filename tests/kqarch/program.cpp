@@ -1,0 +1,77 @@
+#include "program.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* prelude =
+    "umask 022\n"
+    "unset NO_COLOR\n"
+    "export LC_ALL=C TERM=xterm\n"
+    "unprivileged() {\n"
+    "    if [ \"$(id -u)\" -ne 0 ]; then \"$@\"; return; fi\n"
+    "    setpriv --reuid=65534 --regid=65534 --clear-groups \"$@\"\n"
+    "}\n";
+
+std::string read(const fs::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+void replace_all(std::string& text, const std::string& from, const std::string& to) {
+    for (size_t at = text.find(from); at != text.npos; at = text.find(from, at + to.size()))
+        text.replace(at, from.size(), to);
+}
+
+}  // namespace
+
+workplace::workplace() {
+    std::string name = fs::temp_directory_path() / "kqarch_test.XXXXXX";
+    EXPECT_NE(mkdtemp(name.data()), nullptr);
+    root_ = fs::canonical(name);
+    directory_ = root_ / "work";
+    // The program may have been built where an unprivileged user cannot look.
+    fs::permissions(root_, fs::perms(0755));
+    fs::create_directory(root_ / "bin");
+    fs::copy_file(KQARCH_PROGRAM, root_ / "bin" / "kqarch");
+    fs::create_directory(directory_);
+}
+
+workplace::~workplace() {
+    run("chmod -R u+rwx .");
+    fs::remove_all(root_);
+}
+
+void workplace::write(const std::string& path, const std::string& text) const {
+    fs::create_directories((directory_ / path).parent_path());
+    std::ofstream(directory_ / path, std::ios::binary) << with_directory(text);
+}
+
+run_result workplace::run(const std::string& command) const {
+    std::ofstream(root_ / "script", std::ios::binary)
+        << prelude << "PATH=" << (root_ / "bin").string() << ":$PATH\ncd " << directory_.string()
+        << "\n"
+        << with_directory(command) << "\n";
+    std::string shell = "sh " + (root_ / "script").string() + " </dev/null >" +
+                        (root_ / "output").string() + " 2>" + (root_ / "errors").string();
+    int status = std::system(shell.c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, without_directory(read(root_ / "output")),
+            without_directory(read(root_ / "errors"))};
+}
+
+std::string workplace::with_directory(std::string text) const {
+    replace_all(text, "{dir}", directory_.string());
+    return text;
+}
+
+std::string workplace::without_directory(std::string text) const {
+    replace_all(text, directory_.string(), "{dir}");
+    return text;
+}

@@ -1,0 +1,135 @@
+// Scenario files: what a user types and everything that has to come out of it.
+//
+//   # why
+//   write db/kqarch.ini      a file:
+//   | [ARCHIVE_LOCAL1]       its lines
+//   $ kqarch check db        a shell command, and what has to come out of it:
+//   | db: would not start    standard output,
+//   ! db/kqarch.ini:1: ...   standard error,
+//   ? 1                      and the exit status, unless that is 0
+//
+// In a file's text {dir} is the absolute directory that the commands run in, and in what a command
+// prints it stands for it. With KQARCH_REWRITE set, a file is rewritten to what was seen instead.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <vector>
+
+#include "program.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char output_mark = '|';
+constexpr char error_mark = '!';
+constexpr char status_mark = '?';
+
+using lines = std::vector<std::string>;
+
+lines lines_of(const std::string& text) {
+    lines found;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        found.push_back(line);
+    return found;
+}
+
+std::string marked(const std::string& text, char mark) {
+    std::string all;
+    for (const std::string& line : lines_of(text))
+        all += mark + (line.empty() ? "" : " " + line) + "\n";
+    return all;
+}
+
+std::string expectation_of(const run_result& result) {
+    std::string text = marked(result.output, output_mark) + marked(result.errors, error_mark);
+    return result.status == 0 ? text
+                              : text + status_mark + " " + std::to_string(result.status) + "\n";
+}
+
+// Runs one file; the text that it would have to be for what was seen.
+class scenario {
+  public:
+    explicit scenario(const fs::path& path) {
+        std::ifstream stream(path);
+        for (std::string line; std::getline(stream, line);)
+            lines_.push_back(line);
+    }
+
+    std::string play() {
+        while (at_ < lines_.size())
+            play_step();
+        return seen_;
+    }
+
+  private:
+    void play_step() {
+        std::string line = lines_[at_++];
+        seen_ += line + "\n";
+        if (line.starts_with("write ")) {
+            std::string body = take_body();
+            place_.write(line.substr(6), body);
+            seen_ += marked(body, output_mark);
+        } else if (line.starts_with("$ ")) {
+            skip_expectation();
+            seen_ += expectation_of(place_.run(line.substr(2)));
+        } else if (!line.empty() && line[0] != '#') {
+            ADD_FAILURE() << "line " << at_ << " is no step: " << line;
+        }
+    }
+
+    std::string take_body() {
+        std::string body;
+        for (; at_ < lines_.size() && lines_[at_].starts_with(output_mark); ++at_)
+            body += lines_[at_].substr(std::min<size_t>(2, lines_[at_].size())) + "\n";
+        return body;
+    }
+
+    void skip_expectation() {
+        auto is_expectation = [](const std::string& line) {
+            return line.starts_with(output_mark) || line.starts_with(error_mark) ||
+                   line.starts_with(status_mark);
+        };
+        while (at_ < lines_.size() && is_expectation(lines_[at_]))
+            ++at_;
+    }
+
+    workplace place_;
+    lines lines_;
+    size_t at_ = 0;
+    std::string seen_;
+};
+
+std::string read(const fs::path& path) {
+    std::ifstream stream(path);
+    std::ostringstream text;
+    text << stream.rdbuf();
+    return text.str();
+}
+
+std::vector<fs::path> scenario_files() {
+    std::vector<fs::path> files;
+    for (const auto& entry : fs::directory_iterator(KQARCH_SCENARIOS))
+        if (entry.path().extension() == ".txt") files.push_back(entry.path());
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+class kqarch_scenario : public testing::TestWithParam<fs::path> {};
+
+TEST_P(kqarch_scenario, prints_what_it_should) {
+    std::string expected = read(GetParam());
+    std::string seen = scenario(GetParam()).play();
+    if (std::getenv("KQARCH_REWRITE") != nullptr) std::ofstream(GetParam()) << seen;
+    EXPECT_EQ(expected, seen);
+}
+
+INSTANTIATE_TEST_SUITE_P(, kqarch_scenario, testing::ValuesIn(scenario_files()),
+                         [](const auto& info) { return info.param.stem().string(); });
+
+}  // namespace

@@ -1,0 +1,62 @@
+#include <gtest/gtest.h>
+
+#include "diff.h"
+#include "password.h"
+#include "text.h"
+
+TEST(password, is_hidden_in_its_place_only) {
+    struct row {
+        const char* text;
+        text_place place;
+        const char* shown;
+    };
+    constexpr row rows[] = {
+        {"sysdba/secret@host:5236", text_place::subscriber, "sysdba/***@host:5236"},
+        {"sysdba/se@cr/et@host", text_place::subscriber, "sysdba/***@host"},
+        {"/secret@host", text_place::subscriber, "/***@host"},
+        {"sysdba/secret", text_place::subscriber, "sysdba/***"},
+        {"sysdba/@host", text_place::subscriber, "sysdba/@host"},
+        {"sysdba@host:5236", text_place::subscriber, "sysdba@host:5236"},
+        {"host:5236", text_place::subscriber, "host:5236"},
+        {"sysdba:secret@host", text_place::other, "sysdba:***@host"},
+        {"SYSDBA/SECRET@HOST", text_place::other, "SYSDBA/***@HOST"},
+        {"INST_A/INST_B", text_place::other, "INST_A/INST_B"},
+        {"/data/x@y", text_place::path, "/data/x@y"},
+        {"+GROUP/x@y", text_place::path, "+GROUP/x@y"},
+        {"sysdba/secret@host", text_place::path, "sysdba/***@host"},
+    };
+    for (const row& one : rows)
+        EXPECT_EQ(hide_password(one.text, one.place), one.shown);
+}
+
+TEST(password, is_hidden_wherever_a_message_quotes_it) {
+    password_list passwords;
+    passwords.learn("sysdba/Se@cr/abc@host", text_place::subscriber);
+    passwords.learn("sysdba/k\x07y-long@host", text_place::other);
+    passwords.learn("INST_A/INST_B", text_place::other);
+    EXPECT_EQ(passwords.hide("ARCH_DEST sysdba/Se@cr/abc@host is bad"),
+              "ARCH_DEST sysdba/***@host is bad");
+    EXPECT_EQ(passwords.hide("Instance SE@CR cannot be found"), "Instance *** cannot be found");
+    EXPECT_EQ(passwords.hide("value k\\x07y-LONG@host"), "value ***@host");
+    EXPECT_EQ(passwords.hide("INST_A and INST_B, abcd, x_abc"), "INST_A and INST_B, abcd, x_abc");
+}
+
+TEST(names, that_are_close_are_suggested) {
+    const std::vector<std::string> names = {"ARCH_DEST", "ARCH_DEST_IP", "ARCH_TYPE", "check"};
+    EXPECT_EQ(close_names("arch_tyep", names), std::vector<std::string>{"ARCH_TYPE"});
+    EXPECT_EQ(close_names("ARCH_DST", names).front(), "ARCH_DEST");
+    EXPECT_EQ(close_names("chek", names), std::vector<std::string>{"check"});
+    EXPECT_TRUE(close_names("zebra", names).empty());
+    EXPECT_TRUE(close_names("", names).empty());
+    EXPECT_TRUE(close_names(std::string(100000, 'A'), names).empty());
+}
+
+TEST(difference, turns_one_text_into_the_other) {
+    const std::vector<std::string> before = {"a", "b", "c", "d", "e", "f"};
+    const std::vector<std::string> after = {"a", "b", "C", "d", "e", "f", "g"};
+    std::string shown;
+    for (const diff_line& line : diff(before, after))
+        shown += "=-+"[static_cast<int>(line.kind)] + line.text;
+    EXPECT_EQ(shown, "=b-c+C=d=f+g");
+    EXPECT_TRUE(diff(before, before).empty());
+}
