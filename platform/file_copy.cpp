@@ -11,6 +11,7 @@
 #include <string>
 
 #include "fault.h"
+#include "os.h"
 #include "osfile.h"
 #include "posix_file.h"
 
@@ -18,14 +19,24 @@ using namespace platform;
 
 namespace {
 
-// A name that nobody else has or can foresee.
-std::string make_private_name() {
-    unsigned long long number = 0;
-    if (getrandom(&number, sizeof(number), 0) != static_cast<ssize_t>(sizeof(number))) return {};
-    char name[32];
-    std::snprintf(name, sizeof(name), ".kqcopy_%016llx.tmp", number);
-    return name;
-}
+// A name in a directory that nobody else has or can foresee. What bears it at the end is removed.
+class private_name {
+  public:
+    explicit private_name(int directory) : directory_(directory) {
+        unsigned long long number = 0;
+        if (getrandom(&number, sizeof(number), 0) < 0) number = kq_get_tick_count();
+        (void)std::snprintf(text_, sizeof(text_), ".kqcopy_%016llx.tmp", number);
+    }
+    ~private_name() { unlinkat(directory_, text_, 0); }
+    private_name(const private_name&) = delete;
+    private_name& operator=(const private_name&) = delete;
+
+    const schar* text() const { return text_; }
+
+  private:
+    int directory_;
+    schar text_[32];
+};
 
 // A file system that cannot sync a directory says EINVAL; its renames are as durable as they get.
 bool sync_directory(int directory) {
@@ -50,30 +61,21 @@ bool write_copy(int source, unique_fd& target, mode_t mode) {
 // A target that appears in the meantime is not touched: a link does not replace.
 bool put_in_free_place(int directory, const schar* made, const schar* name) {
     if (linkat(directory, made, directory, name, 0) != 0) return false;
-    if (!sync_directory(directory)) {
-        unlinkat(directory, name, 0);
-        return false;
-    }
-    unlinkat(directory, made, 0);
-    return true;
+    bool durable = sync_directory(directory);
+    if (!durable) unlinkat(directory, name, 0);
+    return durable;
 }
 
 // The old target keeps a second name until the new one is known to be on disk: a replacement that
 // does not get there is taken back.
 bool put_in_place(int directory, const schar* made, const schar* name) {
-    std::string spare = make_private_name();
-    if (spare.empty()) return false;
-    bool has_spare = linkat(directory, name, directory, spare.c_str(), 0) == 0;
+    private_name spare(directory);
+    bool has_spare = linkat(directory, name, directory, spare.text(), 0) == 0;
     bool was_absent = !has_spare && errno == ENOENT;
-    bool placed = renameat(directory, made, directory, name) == 0;
-    bool durable = placed && sync_directory(directory);
-    if (placed && !durable && has_spare) {
-        renameat(directory, spare.c_str(), directory, name);
-    } else if (has_spare) {
-        unlinkat(directory, spare.c_str(), 0);
-    } else if (placed && !durable && was_absent) {
-        unlinkat(directory, name, 0);
-    }
+    if (renameat(directory, made, directory, name) != 0) return false;
+    bool durable = sync_directory(directory);
+    if (!durable && has_spare) renameat(directory, spare.text(), directory, name);
+    if (!durable && was_absent) unlinkat(directory, name, 0);
     return durable;
 }
 
@@ -85,16 +87,12 @@ bool copy_file(const schar* source, const schar* target, bool replace) {
     if (!from || name.empty()) return false;
 
     unique_fd directory(open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    std::string made = make_private_name();
-    if (!directory || made.empty()) return false;
-    unique_fd to = create_file(directory.get(), made.c_str());
-    if (!to) return false;
-
+    if (!directory) return false;
+    private_name made(directory.get());
+    unique_fd to = create_file(directory.get(), made.text());
+    if (!to || !write_copy(from.get(), to, mode)) return false;
     auto put = replace ? put_in_place : put_in_free_place;
-    bool copied =
-        write_copy(from.get(), to, mode) && put(directory.get(), made.c_str(), name.c_str());
-    if (!copied) unlinkat(directory.get(), made.c_str(), 0);
-    return copied;
+    return put(directory.get(), made.text(), name.c_str());
 }
 
 }  // namespace
