@@ -11,6 +11,7 @@
 #include <mutex>
 
 #include "ini.h"
+#include "instance.h"
 
 namespace bench {
 
@@ -39,7 +40,9 @@ name_list::name_list(const std::vector<destination>& destinations) {
         if (dest.type == ARCH_TYPE_LOCAL) entries_.push_back({dest.directory, place});
         for (const std::string& name : dest.instances)
             entries_.push_back({name, place});
-        by_place_.push_back({dest.type, stored_dest(dest)});
+        const std::string stored = stored_dest(dest);
+        check(stored.size() <= KQ_SYSNAME_MAX, "a destination is longer than a look-up copies");
+        by_place_.push_back({dest.type, stored});
     }
 }
 
@@ -72,8 +75,7 @@ usint name_list::copy_type(usint type, sysname_t* copies) const {
     usint count = 0;
     for (const typed& candidate : by_place_) {
         if (candidate.type != type) continue;
-        const std::size_t length = candidate.dest.copy(copies[count], sizeof(sysname_t) - 1);
-        copies[count++][length] = '\0';
+        std::memcpy(copies[count++], candidate.dest.c_str(), candidate.dest.size() + 1);
     }
     return count;
 }
