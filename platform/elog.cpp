@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <time.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdarg>
@@ -11,6 +10,7 @@
 #include <string>
 
 #include "arch_cfg.h"
+#include "own_calls.h"
 #include "text.h"
 
 using namespace platform;
@@ -21,7 +21,7 @@ std::mutex log_mutex;
 int log_file = -1;  // under log_mutex
 
 void close_log() {
-    if (log_file >= 0) close(log_file);
+    if (log_file >= 0) own_close(log_file);
     log_file = -1;
 }
 
@@ -29,9 +29,9 @@ void close_log() {
 // that nobody reads is refused instead of waited for.
 int open_log(const schar* path) {
     constexpr int flags = O_WRONLY | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-    int file = open(path, flags);
+    int file = own_open(path, flags);
     if (file >= 0 || errno != ENOENT) return file;
-    return open(path, flags | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
+    return own_open(path, flags | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
 }
 
 std::string time_stamp() {
@@ -62,7 +62,7 @@ void write_line(const std::string& line) {
     const char* next = line.data();
     std::size_t size = line.size();
     while (size > 0) {
-        ssize_t written = write(log_file, next, size);
+        ssize_t written = own_write(log_file, next, size);
         if (written < 0 && errno == EINTR) continue;
         if (written <= 0) return;
         next += written;

@@ -9,6 +9,7 @@
 
 #include "fault.h"
 #include "main_settings.h"
+#include "own_calls.h"
 
 namespace platform {
 namespace {
@@ -34,7 +35,7 @@ bool climbs(std::string_view path) {
 }  // namespace
 
 unique_fd::~unique_fd() {
-    if (descriptor_ >= 0) close(descriptor_);
+    if (descriptor_ >= 0) own_close(descriptor_);
 }
 
 const schar* real_path(const schar* path, std::string& buffer) noexcept {
@@ -68,7 +69,7 @@ bool is_directory(const schar* path) {
 unique_fd open_regular_file(const schar* path, std::size_t* size, mode_t* mode) {
     if (fault_here(fault_point::file_open, EMFILE)) return unique_fd();
     unique_fd file(carry_on_when_interrupted(
-        [=] { return open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
+        [=] { return own_open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
     struct stat status;
     if (!file || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return unique_fd();
     if (size != nullptr) *size = static_cast<std::size_t>(status.st_size);
@@ -92,7 +93,8 @@ bool write_all(int descriptor, const void* data, std::size_t size) {
     const char* next = static_cast<const char*>(data);
     while (size > 0) {
         if (fault_here(fault_point::file_write, ENOSPC)) return false;
-        ssize_t written = carry_on_when_interrupted([=] { return write(descriptor, next, size); });
+        ssize_t written =
+            carry_on_when_interrupted([=] { return own_write(descriptor, next, size); });
         if (written <= 0) return false;
         next += written;
         size -= static_cast<std::size_t>(written);
@@ -102,12 +104,12 @@ bool write_all(int descriptor, const void* data, std::size_t size) {
 
 bool sync_file(int descriptor) {
     if (fault_here(fault_point::file_sync, EIO)) return false;
-    return carry_on_when_interrupted([=] { return fsync(descriptor); }) == 0;
+    return carry_on_when_interrupted([=] { return own_fsync(descriptor); }) == 0;
 }
 
 bool close_file(int descriptor) {
     bool fails = fault_here(fault_point::file_close, EIO);
-    return close(descriptor) == 0 && !fails;
+    return own_close(descriptor) == 0 && !fails;
 }
 
 }  // namespace platform
