@@ -171,6 +171,11 @@ json documents_of(std::span<const entry_type> entries) {
     return documents;
 }
 
+std::string first_sentence(std::string_view text) {
+    const size_t stop = text.find(". ");
+    return std::string(stop == text.npos ? text : text.substr(0, stop + 1));
+}
+
 void list_all(output& out) {
     out.print_heading("Destination types");
     for (const type_entry& type : all_types())
@@ -178,7 +183,7 @@ void list_all(output& out) {
     out.print("\n");
     out.print_heading("Keys of kqarch.ini");
     for (const key_entry& key : all_keys())
-        print_item(out, padded(key.name, 25), key.purpose);
+        print_item(out, padded(key.name, 26), first_sentence(key.purpose));
     out.print("\n");
     out.print_heading("Result codes");
     for (const code_entry& entry : all_codes())
