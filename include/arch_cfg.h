@@ -24,8 +24,8 @@
  * the record. Texts handed in are copied. Every text stored is terminated and never longer than
  * its field; nothing is cut unless a function says so.
  *
- * Texts. Lengths are in bytes, without the terminator. A null text handed to a look-up matches
- * nothing. "Ignoring case" folds the ASCII letters.
+ * Texts. Every text handed in is terminated. Lengths are in bytes, without the terminator. A null
+ * text handed to a look-up matches nothing. "Ignoring case" folds the ASCII letters.
  *
  * Messages. A refusal prints its message on standard error (aq_fprintf_inner) and writes the same
  * to the error log at level 4 (elog_report_ex), except where a function says: silent (neither),
@@ -457,8 +457,8 @@ ARCH_CFG_API void arch_cfg_write_subscribe_ini(schar* rec_str, schar* buf, arch_
 /* Rewrites kqarch.ini in the configuration directory with the text of the process registry. The
  * file is rewritten in place, mode and owner kept; a new one gets mode 0600. The text is complete
  * before the file is opened, and on disk on return. A failure in between leaves the file short.
- *   ARCH_E_FILE_OPEN      it cannot be opened (silent), or not be written whole (logged only, with
- *                         the file and the reason)
+ *   ARCH_E_FILE_OPEN      it cannot be opened or is no regular file (silent), or cannot be written
+ *                         whole (logged only, with the file and the reason)
  *   ARCH_E_OUT_OF_MEMORY  the text does not fit (arch_cfg_sys_write_to_rec); the file is untouched
  * Lock: held. */
 ARCH_CFG_API kqcode_t arch_cfg_sys_write_to_file(void) KQ_REQUIRES(arch_cfg_sys.mutex);
@@ -647,14 +647,15 @@ ARCH_CFG_API kqcode_t arch_cfg_parse_sql(schar* arch_cfg_str, arch_cfg_t* arch_c
  * step under the lock: it applies its rules in order, generates the section's name
  * (arch_cfg_get_name, or the next number that no section has in any case), validates
  * (arch_cfg_validate with both checks on), links, writes. The new record is returned through the
- * last argument, null on failure; but when only the write fails, the record stays registered and is
- * returned, and the result is the write's code: nothing is undone.
+ * last argument, null when it was not linked; when only the write fails, the record stays
+ * registered and is returned, and the result is the write's code: nothing is undone.
  *
  * The record-taking adders register a copy of `arch_in`, whose `type`, instance list (or, for
  * SUBSCRIBE, values) the caller has filled in; `arch_in->name` receives the generated name also
- * when a later rule fails. Its `link` is not read. With one instance `dest` of the copy is its
- * name, with several empty. Instance names are stored as they are given: upper case, as
- * arch_cfg_inst_dests_validate makes them, is what start-up reads back.
+ * when a later rule fails. A text of it that has no terminator is cut at its field's end; its
+ * `link` is not read. With one instance `dest` of the copy is its name, with several empty.
+ * Instance names are stored as they are given: upper case, as arch_cfg_inst_dests_validate makes
+ * them, is what start-up reads back.
  *
  *   code                                  march  timely  timer  sync  subscribe  local  remote
  *   ARCH_E_SYNC_CONFLICT                    x      x       x     x                        x
@@ -666,14 +667,19 @@ ARCH_CFG_API kqcode_t arch_cfg_parse_sql(schar* arch_cfg_str, arch_cfg_t* arch_c
  *   ARCH_E_TOO_MANY_INSTS (`n_inst` > 16)   x      x       x     x       x
  *   ARCH_E_INVALID_TYPE (another `type`)    x      x       x     x       x
  *   ARCH_E_DEST_IS_SELF, ARCH_E_INVALID_DEST                             x        x       x
- *   ARCH_E_TOO_LONG (the text or path)                                   x        x
+ *   ARCH_E_TOO_LONG (text, path or name)                                 x        x       x
+ *   ARCH_E_DEST_EXISTS, ARCH_E_INVALID_PATH                                       x       x
+ *   ARCH_E_INVALID_VALUE, ARCH_E_INVALID_PORT (the text)                 x
  *   ARCH_E_DUPLICATE_PATH                                                                 x
  *   ARCH_E_OUT_OF_MEMORY                    x      x       x     x       x        x       x
- * For REMOTE the count is ARCH_E_TOO_MANY_LOCAL. Then: what arch_cfg_validate returns;
- * ARCH_E_INVALID_DEST or ARCH_E_TOO_LONG for a text that would not come back from the file as it is
- * (a control character, an outer blank, a "/" in an instance name; longer than start-up reads),
- * logged only, without the text; and what arch_cfg_sys_write_to_file returns. All silent but where
- * it says otherwise. Lock: taken. */
+ * For REMOTE the count is ARCH_E_TOO_MANY_LOCAL. Then: what arch_cfg_validate returns; for a record
+ * that would not come back from the file as it is, logged only and without the text,
+ * ARCH_E_INVALID_DEST (a control character or an outer blank, a "/" in an instance name, no name),
+ * ARCH_E_TOO_LONG (longer than start-up reads), ARCH_E_TOO_MANY_INSTS (several for SYNC) or
+ * ARCH_E_INVALID_VALUE (WAIT_APPLY, ARCH_FAILOVER or ARCH_RECOVER_TIME outside its bounds); and
+ * what arch_cfg_sys_write_to_file returns. Start-up has rules that no adder has: a name that
+ * another destination uses, or this instance's own. All silent but where it says otherwise, and but
+ * for what arch_cfg_check_dest_validate and arch_cfg_validate print. Lock: taken. */
 
 /* REALTIME. SYNC beside several instances, no LOCAL, TIMELY exists, SUBSCRIBE exists, 8 exist. */
 ARCH_CFG_API kqcode_t arch_cfg_add_march(arch_cfg_t* arch_in, arch_cfg_t** arch_out)
@@ -695,8 +701,8 @@ ARCH_CFG_API kqcode_t arch_cfg_add_sync(arch_cfg_t* arch_in, ulint sys_mode, arc
 
 /* SUBSCRIBE. No LOCAL, anything but LOCAL and SUBSCRIBE exists, SUBSCRIBE exists. `path` is the
  * connection text: trimmed in place, at most 128 characters (ARCH_E_TOO_LONG), checked
- * (arch_cfg_check_subscb_dest), and copied to `arch_in->dest`. `*arch_out` is written on success
- * only. */
+ * (arch_cfg_check_subscb_dest), and copied to `arch_in->dest`. `*arch_out` is written only when the
+ * record is linked. */
 ARCH_CFG_API kqcode_t arch_cfg_add_subscribe(arch_cfg_t* arch_in, schar* path,
                                              arch_cfg_t** arch_out) KQ_EXCLUDES(arch_cfg_sys.mutex);
 
@@ -718,11 +724,11 @@ ARCH_CFG_API kqcode_t arch_cfg_add_remote(const schar* path, schar* inst_name, u
 /* Whether a change of the registered record `old_arch` to `arch` may be applied, which the caller
  * then does. `arch` comes from arch_cfg_parse_sql with its `type` set to the one that the
  * destination is to have; `mod_in_mount` is what the clause named. Where the clause left it out,
- * `arch` is completed from `old_arch`: the timer (ASYNC, SUBSCRIBE), the incoming path (REMOTE, in
- * `timer_name`), the subscriber's three numbers. `dest_org` is used for SUBSCRIBE only: a buffer of
- * at least 257 characters, trimmed in place and replaced by the stored text when empty. Null `arch`
- * may be applied. On failure `arch` and `dest_org` may be completed already.
- *   ARCH_E_FAILOVER_WAIT_APPLY       ARCH_FAILOVER 1 beside WAIT_APPLY 1
+ * `arch` is completed from `old_arch`: the timer (ASYNC, but not from REMOTE, and SUBSCRIBE), the
+ * incoming path (REMOTE, in `timer_name`), the subscriber's three numbers. `dest_org` is used for
+ * SUBSCRIBE only: a buffer of at least 257 characters, trimmed in place and replaced by the stored
+ * text when empty. Null `arch` may be applied. On failure `arch` and `dest_org` may be completed
+ * already. ARCH_E_FAILOVER_WAIT_APPLY       ARCH_FAILOVER 1 beside WAIT_APPLY 1
  *   ARCH_E_PARA_NOT_ALLOWED          ARCH_FAILOVER of neither REALTIME nor TIMELY
  *   ARCH_E_INVALID_TYPE              to NONE, RAFT, LEARNER or above 9
  *   ARCH_E_TOO_MANY_...              8 others have the type (SUBSCRIBE: 2)
@@ -730,6 +736,8 @@ ARCH_CFG_API kqcode_t arch_cfg_add_remote(const schar* path, schar* inst_name, u
  *   ARCH_E_MULTI_INST_DEST           to LOCAL, SYNC or REMOTE from several instances
  *   ARCH_E_NO_INCOMING_PATH, ARCH_E_SHARED_PATH_CHANGED    to REMOTE
  *   ARCH_E_MAL_NOT_CONFIGURED, ARCH_E_INVALID_DEST         the stored instances in kqmal.ini
+ *   ARCH_E_INVALID_DEST              an incoming path that would not come back from the file as it
+ *                                    is; logged only
  *   ARCH_E_NO_TIMER                  to ASYNC without a timer; printed only
  *   ARCH_E_TIMER_NOT_FOUND           the timer is not in kqtimer.ini
  *   ARCH_E_TOO_LONG                  a subscriber's text of more than 128 characters
@@ -744,8 +752,9 @@ ARCH_CFG_API kqcode_t arch_cfg_validate_for_modify(arch_cfg_t* arch, const arch_
 
 /* Drops the record that a text names (as arch_cfg_find_by_dest with flag 0 finds it) and rewrites
  * kqarch.ini. ARCH_E_DEST_NOT_FOUND when there is none, or the text is null or empty; else the
- * result of the write, which undoes nothing. No rule looks at what remains: the last LOCAL may go.
- * Silent. Lock: taken, from the search to the written file. */
+ * result of the write, which undoes nothing. No rule looks at what remains: the last LOCAL may go,
+ * and `raft_cnt` is not changed for a RAFT record. Silent. Lock: taken, from the search to the
+ * written file. */
 ARCH_CFG_API kqcode_t arch_cfg_drop(const schar* dest) KQ_EXCLUDES(arch_cfg_sys.mutex);
 
 /* The same for a record; ARCH_E_DEST_NOT_FOUND when the registry does not hold this very record.
@@ -812,8 +821,9 @@ ARCH_CFG_API kqcode_t arch_cfg_get_all_local_and_remote_dest(kqenv_t env, kq_lst
     KQ_REQUIRES(arch_cfg_sys.mutex);
 
 /* Whether every other endpoint of this instance's cluster group, healthy or failed, has a REMOTE
- * destination. 0 at once with fewer than two nodes (HPC_NODE) or on DFS storage. Otherwise the
- * result of kqerr_get_err_desc_with_langage, which puts the text into `err_desc` and `err_len`:
+ * destination. 0, at once with fewer than two nodes (HPC_NODE, 16 bits) or on DFS storage, leaves
+ * `err_desc` and `err_len` as they are. Otherwise the result of kqerr_get_err_desc_with_langage,
+ * which puts the text there:
  *   ARCH_E_EP_NO_REMOTE   with the endpoint's number in the group, for the first without one
  *   any other             of the cluster registry
  * Lock: none taken; held, or the list kept from changing. */
@@ -829,8 +839,8 @@ ARCH_CFG_API kqcode_t arch_cfg_remote_all_other_ep_check(lint language, ulint* e
  * A node that holds it may take it again. Lock: taken. */
 ARCH_CFG_API kqcode_t arch_set_cfg_changing(byte rac_seqno) KQ_EXCLUDES(arch_cfg_sys.mutex);
 
-/* Gives the guard back: a node its bit, and all with the last node bit; 255 everything. 8 to 254 do
- * nothing. Lock: taken. */
+/* Gives the guard back: a node its bit, and all when no node bit remains, also what is held
+ * exclusively; 255 everything. 8 to 254 do nothing. Lock: taken. */
 ARCH_CFG_API void arch_reset_cfg_changing(byte rac_seqno) KQ_EXCLUDES(arch_cfg_sys.mutex);
 
 /* The instances that a destination serves. */
@@ -879,13 +889,14 @@ ARCH_CFG_API void arch_cfg_sys_destroy_one_ep(usint ep_no) KQ_EXCLUDES(arch_cfg_
 /* The operations below change the registry; but for arch_delete_raft_info none writes kqarch.ini.
  * Those with `rec` leave the new text of the whole file there, made under the same hold of the
  * lock, for the caller to persist (arch_cfg_sys_write_by_rec). `rec` has room for
- * ARCH_CFG_TEXT_SIZE characters, or is null; it is empty on failure, also when the text does not
- * fit (ARCH_E_OUT_OF_MEMORY, the change made). Refusals are logged only, at level 4, changes at
- * level 2; names ignore case. */
+ * ARCH_CFG_TEXT_SIZE characters, or is null; it is empty on failure. When only the text does not
+ * fit, the change is made and the result is ARCH_E_OUT_OF_MEMORY instead of 0. Refusals are logged
+ * only, at level 4, changes at level 2; names ignore case, and do not lie in a record. */
 
 /* Adds a RAFT or LEARNER member: section ARCHIVE_<dest>. `raft_cnt` is not changed. `ip` may be
- * null for none. Returns the record through `arch_out`, null on failure. In this order:
- *   ARCH_E_INVALID_TYPE      `arch_type` is neither; silent
+ * null for none. Returns the record through `arch_out`, null when it was not added. A name of more
+ * than 16 characters is added, but start-up reads none. In this order:
+ *   ARCH_E_INVALID_TYPE      `arch_type` is neither
  *   ARCH_E_TOO_MANY_LEARNER, ARCH_E_TOO_MANY_RAFT   9 LEARNER or 8 RAFT exist
  *   ARCH_E_TOO_LONG          `dest` has more than 120 characters
  *   ARCH_E_INVALID_VALUE     `dest` is empty or could not stand in the file (a control character,
@@ -944,14 +955,15 @@ ARCH_CFG_API kqcode_t arch_cfg_delete_raft(const schar* dest_name) KQ_EXCLUDES(a
 
 /* The voters become those of a list, which names this node too: RAFT records that it does not name
  * are removed, none is added, and `raft_cnt` becomes the list's length less 1.
- * ARCH_E_INVALID_VALUE, silent and nothing changed, for an empty list. Lock: taken. */
+ * ARCH_E_INVALID_VALUE, silent and nothing changed, for an empty or null list. Lock: taken. */
 ARCH_CFG_API kqcode_t arch_cfg_change_to_new(usint new_node_num, const sysname_t* new_node_arr,
                                              schar* rec) KQ_EXCLUDES(arch_cfg_sys.mutex);
 
 /* The learners that a list names become voters; when it names this node, `raft_learner` becomes 0.
  * Who is a voter already stays one. The ids of the promoted learners go to `learner_id_arr` and
- * their number to `n_learner`; both may be null. `raft_cnt` is not changed.
- * ARCH_E_DEST_NOT_FOUND at the first name that is nobody's: the promotions before it stay.
+ * their number to `n_learner`; the first may be null, or both. `raft_cnt` is not changed.
+ *   ARCH_E_DEST_NOT_FOUND   at the first name that is nobody's: the promotions before it stay
+ *   ARCH_E_INVALID_VALUE    a null list of more than no names; silent
  * Lock: taken. */
 ARCH_CFG_API kqcode_t arch_cfg_change_learner_to_raft(usint new_node_num,
                                                       const sysname_t* new_node_arr, schar* rec,
@@ -970,9 +982,11 @@ ARCH_CFG_API kqcode_t arch_cfg_sys_delete_raft_info(void) KQ_EXCLUDES(arch_cfg_s
  * kqarch.ini rewritten, whose result is returned; `raft_learner` stays. Lock: taken. */
 ARCH_CFG_API kqcode_t arch_delete_raft_info(void) KQ_EXCLUDES(arch_cfg_sys.mutex);
 
-/* Replaces this node's Raft settings (`xmal_ip` cut to 64) and validates the whole registry
- * (arch_cfg_sys_validate, both checks off). When that refuses, the settings are cleared, not
- * restored, and its code is returned. Lock: taken. */
+/* Replaces this node's Raft settings (`xmal_ip` cut to 64 characters, null for none; the centre id
+ * cut to 16 bits) and validates the whole registry (arch_cfg_sys_validate, both checks off). When
+ * that refuses, the settings are cleared, not restored, and its code is returned.
+ * ARCH_E_INVALID_VALUE, and nothing changed, for an address that could not stand in the file. The
+ * bounds of the keys are not looked at. Lock: taken. */
 ARCH_CFG_API kqcode_t arch_cfg_sys_update_raft_info(
     ulint raft_hb_interval, ulint raft_vote_interval, ulint xmal_hb_interval, const schar* xmal_ip,
     usint xmal_port, ulint raft_self_id, ulint raft_center_id) KQ_EXCLUDES(arch_cfg_sys.mutex);

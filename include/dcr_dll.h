@@ -29,7 +29,7 @@ kqcode_t dcr3_dll_group_get_ok_ep_arr(usint dgroup_seq, byte* n_ok_ep, byte* ok_
 kqcode_t dcr3_dll_group_get_err_ep_arr(usint dgroup_seq, byte* n_err_ep, byte* err_ep_arr,
                                        byte* ep_seqno_arr);
 
-/* An endpoint's number in the group, in the low byte. */
+/* An endpoint's number in the group, in the low byte; 255 for an unknown one. */
 usint dcr3_dll_get_ep_seqno_by_dcr_seqno(byte dcr_seqno, const byte* ep_seqno_arr);
 
 /* The description of an endpoint; negative when there is none. */

@@ -6,9 +6,20 @@
 #ifndef ARCH_COMMON_REPORT_H
 #define ARCH_COMMON_REPORT_H
 
-#include "kqtype.h"
+#include "common/text.h"
 
 namespace arch {
+
+// As much of a text that may be of any length as a message has room for, so that the message keeps
+// its end.
+class clipped {
+  public:
+    explicit clipped(const schar* text) { copy_text(text_, text); }
+    const schar* text() const { return text_; }
+
+  private:
+    schar text_[KQ_PATHNAME_MAX + 1];
+};
 
 // Printed on standard error, and logged at level 4.
 kqcode_t refuse(kqcode_t code, const schar* format, ...) KQ_PRINTF(2, 3);

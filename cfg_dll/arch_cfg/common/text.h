@@ -20,7 +20,7 @@ std::string_view text_in(const schar (&field)[Size]) {
 template <std::size_t Size>
 void copy_text(schar (&field)[Size], std::string_view text) {
     const std::size_t length = text.size() < Size ? text.size() : Size - 1;
-    std::memmove(field, text.data(), length);
+    if (length > 0) std::memmove(field, text.data(), length);
     field[length] = '\0';
 }
 

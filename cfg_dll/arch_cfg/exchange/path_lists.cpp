@@ -54,9 +54,10 @@ bool append_parts(kqenv_t env, kq_lst_t& list, const arch_cfg_t& arch, bool with
 }  // namespace
 
 std::string_view owner_of(const arch_cfg_t& arch) {
-    if (arch.type == ARCH_TYPE_REMOTE) return text_in(arch.timer_name);
     const schar* self = ini_get_instance_name();
-    return self != nullptr ? self : "";
+    const std::string_view own = self != nullptr ? self : "";
+    const std::string_view name = arch.type == ARCH_TYPE_REMOTE ? text_in(arch.timer_name) : own;
+    return name.substr(0, KQ_SYSNAME_MAX);
 }
 
 bool append_entry(kqenv_t env, kq_lst_t& list, std::string_view path, std::string_view name) {

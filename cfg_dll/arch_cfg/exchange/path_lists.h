@@ -14,7 +14,8 @@ Value* pool_block(kqenv_t env, ulint count = 1, int line = __builtin_LINE()) {
                                              "cfg_dll/arch_cfg", static_cast<ulint>(line)));
 }
 
-// The instance whose archives a LOCAL or REMOTE destination holds: this one, or the remote one.
+// The instance whose archives a LOCAL or REMOTE destination holds, this one or the remote one, in
+// at most 128 characters.
 std::string_view owner_of(const arch_cfg_t& arch);
 
 // An entry that is one block: the node first, so that freeing the node frees it all.

@@ -150,15 +150,17 @@ kqcode_t rarch_cfg_arch_path_get(kqenv_t env, ulint* n_arch_path, pathname_t** a
 kqcode_t rarch_cfg_arch_path_arr_fill(kqenv_t env, ulint* arr_size, ulint* n_arch_path,
                                       pathname_t** arch_path_arr, const schar* arch_path) {
     constexpr ulint step = 16;
+    pathname_t* paths = *arch_path_arr;
     if (*n_arch_path == *arr_size) {
-        auto* grown = pool_block<pathname_t>(env, *arr_size + step);
-        if (grown == nullptr) return ARCH_E_OUT_OF_MEMORY;
+        paths = pool_block<pathname_t>(env, *arr_size + step);
+        if (paths == nullptr) return ARCH_E_OUT_OF_MEMORY;
         if (*n_arch_path > 0)
-            std::memcpy(grown, *arch_path_arr, sizeof(pathname_t) * std::size_t{*n_arch_path});
-        mem_free(env, *arch_path_arr);
-        *arch_path_arr = grown;
+            std::memcpy(paths, *arch_path_arr, sizeof(pathname_t) * std::size_t{*n_arch_path});
         *arr_size += step;
     }
-    copy_text((*arch_path_arr)[(*n_arch_path)++], arch_path != nullptr ? arch_path : "");
+    // The path may lie in the old array.
+    copy_text(paths[(*n_arch_path)++], arch_path != nullptr ? arch_path : "");
+    if (paths != *arch_path_arr) mem_free(env, *arch_path_arr);
+    *arch_path_arr = paths;
     return 0;
 }

@@ -4,7 +4,7 @@
 //   entries       back to back     path length 2 bytes, path; with names: name length 2, name
 //
 // Integers are little-endian, texts have no terminator. /arch of instance A with names:
-//   0B 00 00 00   05 00 '/' 'a' 'r' 'c' 'h'   01 00 'A'
+//   0A 00 00 00   05 00 '/' 'a' 'r' 'c' 'h'   01 00 'A'
 #ifndef ARCH_EXCHANGE_WIRE_H
 #define ARCH_EXCHANGE_WIRE_H
 
@@ -30,7 +30,7 @@ class byte_writer {
 
     void text(std::string_view text) {
         number(static_cast<ulint>(text.size()), text_length_size);
-        std::memcpy(at_, text.data(), text.size());
+        if (!text.empty()) std::memcpy(at_, text.data(), text.size());
         at_ += text.size();
     }
 

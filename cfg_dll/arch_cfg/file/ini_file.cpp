@@ -6,6 +6,7 @@
 #include "file/ini_file.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -25,33 +26,42 @@ const schar* separator() {
     return global_ini_info.config_path[0] != '\0' ? "/" : "";
 }
 
-// A pipe or a terminal in the file's place must not hold the caller up.
+// Opens the file and empties it; negative for what is no regular file. A pipe in the file's place
+// must not hold the caller up.
 int open_for_rewrite(const schar* path) {
     constexpr int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
     int file = -1;
     do {
         file = open(path, flags, 0600);
     } while (file < 0 && errno == EINTR);
-    return file;
+    if (file < 0) return file;
+
+    struct stat status;
+    if (fstat(file, &status) == 0 && S_ISREG(status.st_mode)) return file;
+    (void)close(file);
+    return -1;
 }
 
 bool write_whole(int file, std::string_view text) {
     while (!text.empty()) {
         const ssize_t written = write(file, text.data(), text.size());
         if (written < 0 && errno == EINTR) continue;
-        if (written < 0) return false;
+        if (written == 0) errno = EIO;
+        if (written <= 0) return false;
         text.remove_prefix(static_cast<std::size_t>(written));
     }
     return true;
 }
 
-// EINVAL: something that has no disk to be on.
 bool sync_to_disk(int file) {
-    while (fsync(file) != 0) {
-        if (errno == EINVAL) return true;
+    while (fsync(file) != 0)
         if (errno != EINTR) return false;
-    }
     return true;
+}
+
+// An interrupted close has closed the file.
+bool close_file(int file) {
+    return close(file) == 0 || errno == EINTR;
 }
 
 kqcode_t refuse_write(const schar* path, int reason) {
@@ -68,7 +78,7 @@ kqcode_t rewrite_config_file(std::string_view text) {
     if (file < 0) return ARCH_E_FILE_OPEN;
     const bool written = write_whole(file, text) && sync_to_disk(file);
     const int reason = written ? 0 : errno;
-    const bool closed = close(file) == 0;
+    const bool closed = close_file(file);
     if (!written) return refuse_write(path, reason);
     if (!closed) return refuse_write(path, errno);
     return 0;

@@ -115,6 +115,23 @@ kqcode_t check_rules(const arch_cfg_sys_t& registry, std::span<const add_rule> r
     return 0;
 }
 
+template <std::size_t Size>
+void terminate(schar (&field)[Size]) {
+    field[Size - 1] = '\0';
+}
+
+// No text of a caller's record runs past its field, whatever the record holds.
+void terminate_texts(arch_cfg_t& asked) {
+    for (auto& name : asked.dest_insts)
+        terminate(name);
+    for (auto& address : asked.dest_ip_arr)
+        terminate(address);
+    terminate(asked.dest);
+    terminate(asked.recv_path);
+    terminate(asked.timer_name);
+    terminate(asked.arch_dest_ip);
+}
+
 // What a caller may hand in wrong, whatever the type.
 kqcode_t check_asked(const arch_cfg_t& asked, arch_cfg_type type) {
     if (asked.n_inst > ARCH_INST_MAX) return ARCH_E_TOO_MANY_INSTS;
@@ -171,6 +188,7 @@ kqcode_t register_copy(arch_cfg_t& asked, arch_cfg_t** arch_out) KQ_REQUIRES(arc
 kqcode_t add_standby(arch_cfg_t& asked, arch_cfg_type type, std::span<const add_rule> rules,
                      arch_cfg_t** arch_out) {
     *arch_out = nullptr;
+    terminate_texts(asked);
     const registry_hold hold;
     if (const kqcode_t code = check_rules(arch_cfg_sys, rules, &asked); code < 0) return code;
     if (const kqcode_t code = check_asked(asked, type); code < 0) return code;
@@ -218,15 +236,16 @@ struct archive_sizes {
     ulint flush_buf_size;
 };
 
-// A path as it is compared and stored: without separators at its end. False when it is too long.
-bool stored_path(const schar* path, pathname_t& stored) {
-    std::string_view text = path != nullptr ? path : "";
+// A path as it is compared and stored: without separators at its end.
+kqcode_t take_path(const schar* path, pathname_t& stored) {
+    if (path == nullptr) return ARCH_E_INVALID_DEST;
+    std::string_view text = path;
     while (text.size() > KQ_PATHNAME_MAX && text.back() == '/')
         text.remove_suffix(1);
-    if (text.size() > KQ_PATHNAME_MAX) return false;
+    if (text.size() > KQ_PATHNAME_MAX) return ARCH_E_TOO_LONG;
     copy_text(stored, text);
     cut_path_end_dir(stored);
-    return true;
+    return 0;
 }
 
 arch_cfg_t* new_archive(ulint type, const schar* path, const archive_sizes& sizes)
@@ -283,6 +302,7 @@ kqcode_t arch_cfg_add_timer(arch_cfg_t* arch_in, arch_cfg_t** arch_out) {
 
 kqcode_t arch_cfg_add_sync(arch_cfg_t* arch_in, ulint sys_mode, arch_cfg_t** arch_out) {
     *arch_out = nullptr;
+    terminate_texts(*arch_in);
     const registry_hold hold;
     if (const kqcode_t code = check_beside_sync(arch_cfg_sys, sys_mode); code < 0) return code;
     if (const kqcode_t code = check_rules(arch_cfg_sys, sync_rules, arch_in); code < 0) return code;
@@ -291,6 +311,7 @@ kqcode_t arch_cfg_add_sync(arch_cfg_t* arch_in, ulint sys_mode, arch_cfg_t** arc
 }
 
 kqcode_t arch_cfg_add_subscribe(arch_cfg_t* arch_in, schar* path, arch_cfg_t** arch_out) {
+    terminate_texts(*arch_in);
     const registry_hold hold;
     if (const kqcode_t code = check_rules(arch_cfg_sys, subscriber_rules, arch_in); code < 0)
         return code;
@@ -304,7 +325,7 @@ kqcode_t arch_cfg_add_local(const schar* path, ulint space_limit, usint file_siz
     *cfg_out = nullptr;
     const registry_hold hold;
     pathname_t stored;
-    if (!stored_path(path, stored)) return ARCH_E_TOO_LONG;
+    if (const kqcode_t code = take_path(path, stored); code < 0) return code;
     const kqcode_t code = arch_cfg_check_dest_validate(nullptr, stored, ARCH_TYPE_LOCAL);
     if (code < 0) return code;
     if (arch_cfg_check_local_path_validate(stored, 1) == 0) return ARCH_E_INVALID_DEST;
@@ -319,17 +340,16 @@ kqcode_t arch_cfg_add_remote(const schar* path, schar* inst_name, ulint space_li
     const registry_hold hold;
     if (const kqcode_t code = check_rules(arch_cfg_sys, remote_rules, nullptr); code < 0)
         return code;
-    schar unnamed[] = "";
-    schar* instance = inst_name != nullptr ? inst_name : unnamed;
-    if (const kqcode_t code = check_remote_instance(instance); code < 0) return code;
+    if (const kqcode_t code = check_remote_instance(inst_name); code < 0) return code;
     pathname_t stored;
-    if (!stored_path(path, stored)) return ARCH_E_INVALID_DEST;
+    // A path that is too long is no usable directory.
+    if (take_path(path, stored) < 0) return ARCH_E_INVALID_DEST;
     if (is_archive_path(arch_cfg_sys, stored)) return ARCH_E_DUPLICATE_PATH;
     if (arch_cfg_check_local_path_validate(stored, 1) == 0) return ARCH_E_INVALID_DEST;
 
     // The file carries no hang flag for REMOTE.
     const archive_sizes sizes{space_limit, file_size, 1, flush_buf_size};
     arch_cfg_t* arch = new_archive(ARCH_TYPE_REMOTE, stored, sizes);
-    if (arch != nullptr) copy_text(arch->timer_name, kq_strupr(instance));
+    if (arch != nullptr) copy_text(arch->timer_name, kq_strupr(inst_name));
     return register_archive(arch, arch_out);
 }

@@ -7,6 +7,7 @@
 #include "os.h"
 #include "raft/raft.h"
 #include "registry/registry.h"
+#include "utl.h"
 
 using namespace arch;
 
@@ -37,10 +38,6 @@ arch_cfg_t* find_member(const arch_cfg_sys_t& registry, const schar* dest) {
 
 // ---- Texts that the file can hold ----
 
-bool is_writable_address(std::string_view ip) {
-    return ip.size() <= ARCH_IP_MAX && survives_reading(ip);
-}
-
 // A separator would make two names of one.
 bool is_writable_member(std::string_view dest) {
     return !dest.empty() && survives_reading(dest) && dest.find('/') == std::string_view::npos &&
@@ -50,16 +47,16 @@ bool is_writable_member(std::string_view dest) {
 kqcode_t check_texts(const member& asked) {
     if (std::strlen(asked.dest) > longest_member)
         return refuse_logged(ARCH_E_TOO_LONG, "Add learner failed, arch_dest[%s] is too long.\n",
-                             asked.dest);
+                             clipped(asked.dest).text());
     if (!is_writable_member(asked.dest))
         return refuse_logged(ARCH_E_INVALID_VALUE,
                              "Add learner failed, arch_dest[%s] can not stand in kqarch.ini.\n",
-                             asked.dest);
+                             clipped(asked.dest).text());
     if (!is_writable_address(asked.ip))
         return refuse_logged(ARCH_E_INVALID_VALUE,
                              "Add learner[%s] failed, ARCH_DEST_IP(%s) can not stand in "
                              "kqarch.ini.\n",
-                             asked.dest, asked.ip);
+                             asked.dest, clipped(asked.ip).text());
     return 0;
 }
 
@@ -97,7 +94,7 @@ kqcode_t refuse_same_id(const member& asked) {
 kqcode_t check_against_self(const arch_cfg_sys_t& registry, const member& asked) {
     if (std::strlen(asked.dest) > KQ_SYSNAME_MAX)
         return refuse_logged(ARCH_E_TOO_LONG, "Add learner failed, arch_dest[%s] is too long.\n",
-                             asked.dest);
+                             clipped(asked.dest).text());
     if (is_this_instance(asked.dest))
         return refuse_logged(ARCH_E_DEST_IS_SELF,
                              "Add learner failed, arch_dest[%s] can not be self instance.\n",
@@ -139,6 +136,9 @@ arch_cfg_t* new_member(const schar* name, const member& asked, usint center_id, 
     arch_init(arch, name);
     arch->type = type;
     copy_text(arch->dest, asked.dest);
+    // As start-up reads it, so that the member has its name before and after a restart.
+    copy_text(arch->dest_insts[0], asked.dest);
+    (void)kq_strupr(arch->dest_insts[0]);
     copy_text(arch->arch_dest_ip, asked.ip);
     arch->arch_dest_port = asked.port;
     arch->arch_dest_id = asked.dest_id;
@@ -215,7 +215,9 @@ kqcode_t arch_cfg_add_learner_or_raft(const schar* dest, const schar* ip, usint 
                                       schar* rec) {
     *arch_out = nullptr;
     clear_record(rec);
-    if (arch_type != ARCH_TYPE_RAFT && arch_type != ARCH_TYPE_LEARNER) return ARCH_E_INVALID_TYPE;
+    if (arch_type != ARCH_TYPE_RAFT && arch_type != ARCH_TYPE_LEARNER)
+        return refuse_logged(ARCH_E_INVALID_TYPE, "Add learner failed, arch_type[%d] is invalid.",
+                             arch_type);
     const member asked{dest != nullptr ? dest : "", ip != nullptr ? ip : "", port, dest_id};
     const registry_hold hold;
     const kqcode_t code = add_member(asked, center_id, arch_type, arch_out);
@@ -258,7 +260,7 @@ kqcode_t arch_cfg_check_raft_dest_validate(const schar* dest, usint arch_type) {
         return refuse_logged(ARCH_E_RAFT_DEST_TOO_LONG,
                              "arch_cfg_check_raft_dest_validate, check dest[%s] too long, "
                              "code:%d!",
-                             dest, ARCH_E_RAFT_DEST_TOO_LONG);
+                             clipped(dest).text(), ARCH_E_RAFT_DEST_TOO_LONG);
     if (is_this_instance(dest)) {
         if (arch_type != ARCH_TYPE_LEARNER) return 0;
         return refuse_mismatch(ARCH_E_RAFT_TYPE_MISMATCH, dest, ARCH_TYPE_LEARNER);

@@ -147,7 +147,8 @@ kqcode_t arch_cfg_change_learner_to_raft(usint new_node_num, const sysname_t* ne
                                          schar* rec, usint* n_learner, usint* learner_id_arr) {
     clear_record(rec);
     if (n_learner != nullptr) *n_learner = 0;
-    const names list(new_node_arr, new_node_arr != nullptr ? new_node_num : 0);
+    if (new_node_num > 0 && new_node_arr == nullptr) return ARCH_E_INVALID_VALUE;
+    const names list(new_node_arr, new_node_num);
     const schar* missing = nullptr;
     const kqcode_t code = promote_all(list, rec, {n_learner, learner_id_arr}, missing);
     if (missing != nullptr)
@@ -179,12 +180,19 @@ kqcode_t arch_delete_raft_info(void) {
 kqcode_t arch_cfg_sys_update_raft_info(ulint raft_hb_interval, ulint raft_vote_interval,
                                        ulint xmal_hb_interval, const schar* xmal_ip,
                                        usint xmal_port, ulint raft_self_id, ulint raft_center_id) {
+    schar ip[ARCH_IP_MAX + 1];
+    copy_text(ip, xmal_ip != nullptr ? xmal_ip : "");
+    if (!is_writable_address(ip))
+        return refuse_logged(ARCH_E_INVALID_VALUE,
+                             "arch_cfg_sys_update_raft_info, XMAL_IP(%s) can not stand in "
+                             "kqarch.ini.",
+                             ip);
     {
         const registry_hold hold;
         os_interlock_write(&arch_cfg_sys.raft_vote_interval, raft_vote_interval);
         os_interlock_write(&arch_cfg_sys.raft_hb_interval, raft_hb_interval);
         arch_cfg_sys.xmal_hb_interval = xmal_hb_interval;
-        copy_text(arch_cfg_sys.xmal_ip, xmal_ip != nullptr ? xmal_ip : "");
+        copy_text(arch_cfg_sys.xmal_ip, ip);
         arch_cfg_sys.xmal_port = xmal_port;
         arch_cfg_sys.self_center_id = static_cast<usint>(raft_center_id);
         arch_cfg_sys.raft_self_id = raft_self_id;

@@ -3,11 +3,17 @@
 #define ARCH_RAFT_RAFT_H
 
 #include "arch_cfg.h"
+#include "common/text.h"
 
 namespace arch {
 
 inline bool is_member(const arch_cfg_t& arch) {
     return arch.type == ARCH_TYPE_RAFT || arch.type == ARCH_TYPE_LEARNER;
+}
+
+// Whether an address can stand in the file and come back from it.
+inline bool is_writable_address(std::string_view ip) {
+    return ip.size() <= ARCH_IP_MAX && survives_reading(ip);
 }
 
 // Empties a caller's text, where there is one, before the change that may fail.
