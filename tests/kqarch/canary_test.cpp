@@ -29,12 +29,11 @@ constexpr const char* bodies[] = {
     "[S]\nARCH_TYPE = LOCAL\nARCH_FILE_SIZE = a/PASS@b\nARCH_DST = a/PASS@b\n",
     "[S]\nARCH_TYPE = a/PASS@b\n[a/PASS@b]\n[a/PASS@b]\nARCH_TYPE = LOCAL\n",
     "[L]\nARCH_TYPE = LOCAL\n[S\nARCH_TYPE = SUBSCRIBE\nARCH_DEST = sysdba/PASS\n",
-    "ARCH_DEST sysdba/PASS@host:5236\nsysdba/PASS@host\nsysdba/PASS=x@host\nsysdba/PA=SS@h = 1\n",
-    "#ARCH_DEST = sysdba/PASS\n# ARCH_DEST = sysdba/PASS@host\n[L]\nARCH_TYPE = LOCAL\nARCH_DEST = "
-    "{dir}/db/arch\n"
-    "ARCH_RECV_PATH = a/PASS@b\n",
-    "[L]\nARCH_TYPE = LOCAL\nARCH_DEST = {dir}/db/arch\n[S]\nARCH_TYPE = SUBSCRIBE\n"
-    "ARCH_DEST = sysdba/PASS@10.9.8.7:5236\nARCH_TIMER_NAME = T\nARCH_FILE_SIZE = 64\n",
+    "ARCH_DEST sysdba/PASS@host:5236\nsysdba/PASS@host\nsysdba/PASS=x@host\nsysdba/x=PASS@h = 1\n",
+    ("#ARCH_DEST = sysdba/PASS\n# ARCH_DEST = sysdba/PASS@host\n"
+     "[L]\nARCH_TYPE = LOCAL\nARCH_DEST = {dir}/db/arch\nARCH_RECV_PATH = a/PASS@b\n"),
+    ("[L]\nARCH_TYPE = LOCAL\nARCH_DEST = {dir}/db/arch\n[S]\nARCH_TYPE = SUBSCRIBE\n"
+     "ARCH_DEST = sysdba/PASS@10.9.8.7:5236\nARCH_TIMER_NAME = T\nARCH_FILE_SIZE = 64\n"),
 };
 
 std::string body_with_canary(std::string body) {

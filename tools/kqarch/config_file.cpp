@@ -1,23 +1,14 @@
 #include "config_file.h"
 
-#include <algorithm>
-
 #include "arch_cfg.h"
 #include "text.h"
-
-namespace {
-
-bool contains(const std::vector<ulint>& numbers, ulint number) {
-    return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
-}
-
-}  // namespace
 
 kqcode_t config_file::read(std::string path) {
     path_ = std::move(path);
     lines_.clear();
     kqcode_t code = kq_ini_walk(path_.c_str(), append, this);
     if (code < 0) lines_.clear();
+    index();
     learn_passwords();
     return code;
 }
@@ -37,26 +28,29 @@ kqcode_t config_file::append(const kq_ini_line_t* line, void* file) {
     return 0;
 }
 
+void config_file::index() {
+    for (const config_line& line : lines_) {
+        std::string name = upper_case(line.key);
+        if (line.kind == KQ_INI_SECTION) section_lines_.emplace(name, line.number);
+        if (line.kind != KQ_INI_KEY) continue;
+        key_lines_[{line.section_line, name}] = line.number;
+        last_key_lines_[name] = line.number;
+    }
+}
+
 ulint config_file::section_line(std::string_view section) const {
-    for (const config_line& line : lines_)
-        if (line.kind == KQ_INI_SECTION && same_text(line.key, section)) return line.number;
-    return 0;
+    auto found = section_lines_.find(upper_case(section));
+    return found != section_lines_.end() ? found->second : 0;
 }
 
 ulint config_file::key_line(std::string_view section, std::string_view key) const {
-    ulint header = section_line(section);
-    ulint found = 0;
-    for (const config_line& line : lines_)
-        if (line.kind == KQ_INI_KEY && line.section_line == header && same_text(line.key, key))
-            found = line.number;
-    return found;
+    auto found = key_lines_.find({section_line(section), upper_case(key)});
+    return found != key_lines_.end() ? found->second : 0;
 }
 
 ulint config_file::key_line(std::string_view key) const {
-    ulint found = 0;
-    for (const config_line& line : lines_)
-        if (line.kind == KQ_INI_KEY && same_text(line.key, key)) found = line.number;
-    return found;
+    auto found = last_key_lines_.find(upper_case(key));
+    return found != last_key_lines_.end() ? found->second : 0;
 }
 
 // A section that only looks like a subscriber's (a misspelt type, say) is treated as one.
@@ -70,18 +64,18 @@ bool config_file::looks_like_subscriber(const config_line& line) const {
 text_place config_file::place_of(const config_line& line) const {
     std::string key = upper_case(line.key);
     if (key == "ARCH_INCOMING_PATH" || key == "ARCH_RECV_PATH") return text_place::path;
-    if (contains(path_sections_, line.section_line)) return text_place::path;
-    bool subscriber = contains(subscriber_sections_, line.section_line) && key == "ARCH_DEST";
+    if (path_sections_.contains(line.section_line)) return text_place::path;
+    bool subscriber = subscriber_sections_.contains(line.section_line) && key == "ARCH_DEST";
     return subscriber ? text_place::subscriber : text_place::other;
 }
 
 void config_file::learn_passwords() {
     for (const config_line& line : lines_) {
-        if (looks_like_subscriber(line)) subscriber_sections_.push_back(line.section_line);
+        if (looks_like_subscriber(line)) subscriber_sections_.insert(line.section_line);
         if (line.kind != KQ_INI_KEY || !same_text(line.key, "ARCH_TYPE")) continue;
         ulint type = arch_cfg_get_arch_type_by_name(line.value.c_str());
         if (type == ARCH_TYPE_LOCAL || type == ARCH_TYPE_REMOTE)
-            path_sections_.push_back(line.section_line);
+            path_sections_.insert(line.section_line);
     }
     for (const config_line& line : lines_) {
         passwords_.learn(line.key, text_place::other);

@@ -3,8 +3,11 @@
 #ifndef KQARCH_CONFIG_FILE_H
 #define KQARCH_CONFIG_FILE_H
 
+#include <map>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "kq_instance.h"
@@ -36,14 +39,18 @@ class config_file {
 
   private:
     static kqcode_t append(const kq_ini_line_t* line, void* file);
+    void index();
     void learn_passwords();
     text_place place_of(const config_line& line) const;
     bool looks_like_subscriber(const config_line& line) const;
 
     std::string path_;
     std::vector<config_line> lines_;
-    std::vector<ulint> subscriber_sections_;  // their header lines
-    std::vector<ulint> path_sections_;
+    std::map<std::string, ulint> section_lines_;                // by name, upper case
+    std::map<std::pair<ulint, std::string>, ulint> key_lines_;  // by header line and key
+    std::map<std::string, ulint> last_key_lines_;               // by key
+    std::set<ulint> subscriber_sections_;                       // their header lines
+    std::set<ulint> path_sections_;
     password_list passwords_;
 };
 

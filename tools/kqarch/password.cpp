@@ -1,6 +1,6 @@
 #include "password.h"
 
-#include <tuple>
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -73,28 +73,29 @@ void password_list::add(std::string_view secret) {
     for (std::string& form : std::vector{upper_case(secret), upper_case(visible(secret))}) {
         form.erase(form.find_last_not_of(" \t") + 1);
         form.erase(0, form.find_first_not_of(" \t"));
-        if (!form.empty()) secrets_.insert(std::move(form));
+        if (form.empty()) continue;
+        lengths_.insert(form.size());
+        secrets_.insert(std::move(form));
     }
 }
 
-bool password_list::longer_first::operator()(const std::string& left,
-                                             const std::string& right) const {
-    return std::tuple(right.size(), left) < std::tuple(left.size(), right);
-}
-
+// Secrets may overlap: every character of any of them goes.
 std::string password_list::hide(std::string_view text) const {
-    std::string shown(text);
-    for (const std::string& secret : secrets_) {
-        std::string upper = upper_case(shown);
-        for (size_t at = upper.find(secret); at != upper.npos; at = upper.find(secret, at)) {
-            size_t skip = 1;
-            if (stands_alone(shown, at, secret.size())) {
-                shown.replace(at, secret.size(), hidden);
-                upper = upper_case(shown);
-                skip = std::char_traits<char>::length(hidden);
-            }
-            at += skip;
+    std::string upper = upper_case(text);
+    std::vector<bool> is_secret(text.size());
+    for (size_t at = 0; at < text.size(); ++at)
+        for (size_t length : lengths_) {
+            if (length > text.size() - at) break;
+            std::string_view piece = std::string_view(upper).substr(at, length);
+            if (secrets_.contains(piece) && stands_alone(text, at, length))
+                std::fill_n(is_secret.begin() + static_cast<std::ptrdiff_t>(at), length, true);
         }
+    std::string shown;
+    for (size_t at = 0; at < text.size(); ++at) {
+        if (!is_secret[at])
+            shown += text[at];
+        else if (at == 0 || !is_secret[at - 1])
+            shown += hidden;
     }
     return shown;
 }

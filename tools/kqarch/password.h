@@ -7,6 +7,8 @@
 #ifndef KQARCH_PASSWORD_H
 #define KQARCH_PASSWORD_H
 
+#include <cstddef>
+#include <functional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -33,12 +35,8 @@ class password_list {
   private:
     void add(std::string_view secret);
 
-    // A secret may hold another: it is hidden first.
-    struct longer_first {
-        bool operator()(const std::string& left, const std::string& right) const;
-    };
-
-    std::set<std::string, longer_first> secrets_;  // upper case
+    std::set<std::string, std::less<>> secrets_;  // upper case
+    std::set<size_t> lengths_;                    // that secrets have
 };
 
 #endif
