@@ -25,6 +25,14 @@ void enter_twice() KQ_NO_THREAD_ANALYSIS {
     arch_cfg_sys_enter();
     arch_cfg_sys_enter();
 }
+void create_under_the_lock(void* cfg_sys) {
+    registry_lock lock;
+    std::string value = "7";
+    arch_cfg_t* arch = nullptr;
+    EXPECT_EQ(arch_cfg_create(cfg_sys, "A", &arch), 0);
+    EXPECT_EQ(arch_cfg_add_value(cfg_sys, arch, "XMAL_PORT", value.data()), 0);
+}
+
 void exit_unheld() KQ_NO_THREAD_ANALYSIS {
     arch_cfg_sys_exit();
 }
@@ -57,11 +65,18 @@ TEST_F(threads, the_registry_is_used_as_the_ended_one_left_it) {
     EXPECT_EQ(list_fault(arch_cfg_sys), "");
 }
 
+TEST_F(threads, a_registry_that_is_given_is_not_locked) {
+    create_under_the_lock(&arch_cfg_sys);
+    EXPECT_EQ(arch_cfg_sys.arch_lst.count, 1u);
+    EXPECT_EQ(arch_cfg_sys.xmal_port, 7);
+}
+
 using threads_death = threads;
 
 TEST_F(threads_death, misuse_of_the_lock_halts) {
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
     EXPECT_DEATH(enter_twice(), "os_mutex_enter failure, code = 35");
+    EXPECT_DEATH(create_under_the_lock(nullptr), "os_mutex_enter failure, code = 35");
     EXPECT_DEATH(exit_unheld(), "os_mutex_exit failure, code = 1");
     EXPECT_DEATH(release_unheld(), "os_mutex_exit failure, code = 1");
     arch_cfg_sys_destroy();
