@@ -23,6 +23,7 @@ class workplace {
     // {dir} in `text` stands for the directory.
     void write(const std::string& path, const std::string& text) const;
     run_result run(const std::string& command) const;
+    std::string path(const std::string& inside) const { return directory_ / inside; }
 
   private:
     std::string with_directory(std::string text) const;
