@@ -63,6 +63,7 @@ using command_table = std::map<std::string, command_function>;
 const command_table& file_commands();
 const command_table& registry_commands();
 const command_table& call_commands();
+const command_table& online_commands();
 
 std::string code_text(kqcode_t code);
 
