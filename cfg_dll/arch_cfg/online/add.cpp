@@ -217,10 +217,9 @@ kqcode_t check_beside_sync(const arch_cfg_sys_t& registry, ulint sys_mode) {
 
 // The subscriber's text goes into the record that is to be added.
 kqcode_t take_subscriber_text(arch_cfg_t& asked, schar* text) {
-    if (text != nullptr) {
-        if (trimmed(text).size() > KQ_SYSNAME_MAX) return ARCH_E_TOO_LONG;
-        trim_in_place(text);
-    }
+    if (text == nullptr) return ARCH_E_INVALID_DEST;
+    if (trimmed(text).size() > KQ_SYSNAME_MAX) return ARCH_E_TOO_LONG;
+    trim_in_place(text);
     if (const kqcode_t code = arch_cfg_check_subscb_dest(text); code < 0) return code;
     copy_text(asked.dest, text);
     return 0;
