@@ -1,0 +1,102 @@
+#include "arguments.h"
+
+#include <algorithm>
+#include <cstring>
+#include <exception>
+#include <iostream>
+
+#include "password.h"
+#include "text.h"
+
+namespace {
+
+constexpr const char* program_footer =
+    "\nExamples:\n"
+    "  kqarch init --kind standby db   write a working instance directory\n"
+    "  kqarch check db                 would the server start with it?\n"
+    "  kqarch explain -808             what a result code means\n"
+    "\n"
+    "Exit status: 0 good, 1 refused or different, 2 wrong use, 3 could not (missing file,\n"
+    "permission, full disk). Data is on standard output, diagnostics on standard error; with\n"
+    "--json both are in one document on standard output. Passwords are never shown.\n";
+
+// The first argument that is no option: the command, if there is one.
+std::string first_word(int count, char** words) {
+    for (int i = 1; i < count; ++i)
+        if (words[i][0] != '-') return words[i];
+    return "";
+}
+
+bool asks_for_json(int count, char** words) {
+    return std::any_of(words, words + count,
+                       [](const char* word) { return std::strcmp(word, "--json") == 0; });
+}
+
+// A complaint may quote what was given, and that may be a piece of a clause.
+std::string without_passwords(const std::string& text, int count, char** words) {
+    password_list passwords;
+    for (int i = 1; i < count; ++i) {
+        std::string word = words[i];
+        size_t value = word.find('=') + 1;
+        bool is_dest = upper_case(word.substr(0, value)).find("DEST") != word.npos;
+        passwords.learn(word.substr(value), is_dest ? text_place::subscriber : text_place::other);
+    }
+    return passwords.hide(text);
+}
+
+}  // namespace
+
+command_line::command_line()
+    : app_("kqarch: check, show and change the archive configuration of a database instance.",
+           "kqarch") {
+    app_.footer(program_footer);
+    app_.set_version_flag("--version", "kqarch " KQARCH_VERSION);
+    app_.add_flag("--json", json_, "Write one JSON document to standard output");
+    app_.require_subcommand(1);
+}
+
+CLI::App& command_line::add(const std::string& name, const std::string& what,
+                            const std::string& footer, command_run run) {
+    CLI::App& command = *app_.add_subcommand(name, what);
+    command.footer(footer);
+    command.add_flag("--json", json_, "Write one JSON document to standard output");
+    runs_[name] = std::move(run);
+    return command;
+}
+
+int command_line::run(int count, char** words) {
+    output out("", asks_for_json(count, words));
+    try {
+        app_.parse(count, words);
+        std::string name = app_.get_subcommands().front()->get_name();
+        out.set_command(name);
+        return out.finish(runs_.at(name)(out));
+    } catch (const CLI::Success& asked) {
+        app_.exit(asked);
+        return std::cout.flush() ? exit_good : exit_failed;
+    } catch (const CLI::ParseError& wrong) {
+        auto shown = [&](const std::string& text) { return without_passwords(text, count, words); };
+        return out.finish(refuse_usage(shown(wrong.what()), shown(first_word(count, words)), out));
+    } catch (const std::exception& failed) {
+        return out.finish(out.fail(exit_failed, failed.what()));
+    }
+}
+
+std::vector<std::string> command_line::names() const {
+    std::vector<std::string> names;
+    for (const CLI::App* command : app_.get_subcommands(nullptr))
+        names.push_back(command->get_name());
+    return names;
+}
+
+exit_status command_line::refuse_usage(const std::string& text, const std::string& word,
+                                       output& out) const {
+    if (runs_.contains(word)) {
+        out.set_command(word);
+        return out.fail(exit_usage, text, "", "`kqarch " + word + " --help` shows how to use it.");
+    }
+    std::string close = did_you_mean(word, names());
+    std::string hint = close.empty() ? "The commands are " + join(names(), ", ") + "." : close;
+    std::string what = word.empty() ? "no command given" : "there is no command " + word;
+    return out.fail(exit_usage, what, "", hint);
+}

@@ -1,0 +1,43 @@
+// The commands of the command line. Each group of commands adds its own, with its arguments, its
+// --help and what runs it.
+#ifndef KQARCH_ARGUMENTS_H
+#define KQARCH_ARGUMENTS_H
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "output.h"
+
+using command_run = std::function<exit_status(output&)>;
+
+class command_line {
+  public:
+    command_line();
+
+    // A command that `run` carries out; the caller adds its arguments. `footer` stands at the end
+    // of its --help.
+    CLI::App& add(const std::string& name, const std::string& what, const std::string& footer,
+                  command_run run);
+
+    // Parses and runs; the exit status of the process.
+    int run(int count, char** words);
+
+  private:
+    std::vector<std::string> names() const;
+    exit_status refuse_usage(const std::string& text, const std::string& word, output& out) const;
+
+    CLI::App app_;
+    bool json_ = false;
+    std::map<std::string, command_run> runs_;
+};
+
+// init, check, show, fmt, explain
+void add_look_commands(command_line& commands);
+
+// add, modify, drop, backup, backups, restore, backup-delete, journal
+void add_change_commands(command_line& commands);
+
+#endif
