@@ -169,11 +169,6 @@ std::string counts_text(const verdict& given) {
     return counts.empty() ? "no destinations" : join(counts, ", ");
 }
 
-std::string code_text(kqcode_t code) {
-    const code_entry* entry = find_code(code);
-    return std::to_string(code) + (entry != nullptr ? std::string(" ") + entry->name : "");
-}
-
 std::string verdict_text(const verdict& given) {
     if (given.result == outcome::not_checked) return "could not be checked";
     if (given.result == outcome::would_not_start)

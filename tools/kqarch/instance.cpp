@@ -71,6 +71,7 @@ instance::instance(const std::string& directory) : directory_(without_end_slashe
     if (opening.code < 0) {
         diagnostic found = parse_complaint(opening.said, file("kq.ini"));
         found.code = opening.code;
+        found.hint = "Correct the line: the server reads no further.";
         failure_ = problem{status_of(opening.code), found};
         if (opening.code == ARCH_E_FILE_OPEN) failure_ = unreadable(found.file, opening.code);
         if (failure_->found.text == cannot_be_read) failure_->found.text = found.text;

@@ -43,11 +43,7 @@ std::string place_of(const diagnostic& found) {
 }
 
 std::string code_label(kqcode_t code) {
-    if (code == 0) return "";
-    const code_entry* entry = find_code(code);
-    std::string label = "[" + std::to_string(code);
-    if (entry != nullptr) label += std::string(" ") + entry->name;
-    return label + "]";
+    return code == 0 ? "" : "[" + code_text(code) + "]";
 }
 
 nlohmann::ordered_json text_or_null(const std::string& text) {
@@ -83,6 +79,11 @@ void write_line(const diagnostic& found) {
 }
 
 }  // namespace
+
+std::string code_text(kqcode_t code) {
+    const code_entry* entry = find_code(code);
+    return std::to_string(code) + (entry != nullptr ? std::string(" ") + entry->name : "");
+}
 
 output::output(std::string command, bool as_json)
     : command_(std::move(command)), as_json_(as_json) {}

@@ -41,6 +41,9 @@ struct diagnostic {
     std::string hint = {};
 };
 
+// "-808 ARCH_E_INVALID_DEST".
+std::string code_text(kqcode_t code);
+
 class output {
   public:
     output(std::string command, bool as_json);

@@ -1,6 +1,5 @@
 #include "show.h"
 
-#include "catalogue.h"
 #include "config_file.h"
 #include "ini.h"
 #include "instance.h"
@@ -105,8 +104,7 @@ void show_destinations(output& out) KQ_REQUIRES(arch_cfg_sys.mutex) {
 // Says that what is shown is not what a server would run with.
 void warn_of_refusal(const instance& open, const diagnostic& first, size_t refused_lines,
                      output& out) {
-    const code_entry* entry = find_code(first.code);
-    std::string why = std::to_string(first.code) + (entry ? std::string(" ") + entry->name : "");
+    std::string why = code_text(first.code);
     std::string shown =
         refused_lines > 0 ? "; " + count_of(refused_lines, "refused line") + " left out" : "";
     diagnostic warning = first;
