@@ -68,7 +68,7 @@ struct parsed {
         if (std::string(behind_record, 64) != whole) return "\nit wrote behind the record";
         return std::string(behind_dest, 64) == whole ? "" : "\nit wrote behind dest_org";
     }
-    static constexpr schar guard = 0x55;
+    static constexpr schar guard = 0x7f;
 };
 
 std::string hex(ulint number) {
