@@ -32,5 +32,7 @@ INSTANTIATE_TEST_SUITE_P(startup, scenario, testing::ValuesIn(files_of("startup"
 INSTANTIATE_TEST_SUITE_P(file, scenario, testing::ValuesIn(files_of("file")), name_of);
 INSTANTIATE_TEST_SUITE_P(validation, scenario, testing::ValuesIn(files_of("validation")), name_of);
 INSTANTIATE_TEST_SUITE_P(online, scenario, testing::ValuesIn(files_of("online")), name_of);
+INSTANTIATE_TEST_SUITE_P(exchange, scenario, testing::ValuesIn(files_of("exchange")), name_of);
+INSTANTIATE_TEST_SUITE_P(raft, scenario, testing::ValuesIn(files_of("raft")), name_of);
 
 }  // namespace

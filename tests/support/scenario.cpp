@@ -103,7 +103,8 @@ std::string expand_input(const std::string& input, const definitions& defined) {
 }
 
 command_function find_command(const std::string& name) {
-    for (auto table : {file_commands, registry_commands, call_commands, online_commands}) {
+    for (auto table : {file_commands, registry_commands, call_commands, online_commands,
+                       cluster_commands, raft_commands}) {
         if (auto found = table().find(name); found != table().end()) return found->second;
     }
     throw std::runtime_error("no command " + name);

@@ -64,6 +64,8 @@ const command_table& file_commands();
 const command_table& registry_commands();
 const command_table& call_commands();
 const command_table& online_commands();
+const command_table& cluster_commands();
+const command_table& raft_commands();
 
 std::string code_text(kqcode_t code);
 
