@@ -52,11 +52,15 @@ TEST(names, that_are_close_are_suggested) {
 }
 
 TEST(difference, turns_one_text_into_the_other) {
-    const std::vector<std::string> before = {"a", "b", "c", "d", "e", "f"};
-    const std::vector<std::string> after = {"a", "b", "C", "d", "e", "f", "g"};
+    const std::vector<std::string> before = {"a", "b", "c", "d", "e", "f", "g", "h", "i"};
+    const std::vector<std::string> after = {"0", "a", "b", "c", "d", "e", "f", "g", "h"};
     std::string shown;
-    for (const diff_line& line : diff(before, after))
-        shown += "=-+"[static_cast<int>(line.kind)] + line.text;
-    EXPECT_EQ(shown, "=b-c+C=d=f+g");
+    for (const diff_hunk& hunk : diff(before, after)) {
+        shown += heading_of(hunk);
+        for (const diff_line& line : hunk.lines)
+            shown += "=-+"[static_cast<int>(line.kind)] + line.text;
+    }
+    EXPECT_EQ(shown, "@@ -1,3 +1,4 @@+0=a=b=c@@ -6,4 +7,3 @@=f=g=h-i");
     EXPECT_TRUE(diff(before, before).empty());
+    EXPECT_EQ(heading_of(diff({}, {"a"}).front()), "@@ -0,0 +1,1 @@");
 }

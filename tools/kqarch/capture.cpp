@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "elog.h"
 #include "text.h"
 
 namespace {
@@ -42,6 +43,18 @@ std::string one_line(const std::string& text) {
         if (!line.empty()) lines.push_back(std::move(line));
     }
     return join(lines, "; ");
+}
+
+// The texts of the log's lines of a level: "2026-01-31 12:00:00.000 [3] text".
+std::vector<std::string> logged(const std::string& log, ulint level) {
+    std::string mark = " [" + std::to_string(level) + "] ";
+    std::vector<std::string> texts;
+    for (const std::string& line : split(log, '\n')) {
+        size_t at = line.find(" [");
+        if (at != line.npos && line.compare(at, mark.size(), mark) == 0)
+            texts.push_back(line.substr(at + mark.size()));
+    }
+    return texts;
 }
 
 void flush_streams() {
@@ -78,6 +91,15 @@ void memory_file::clear() {
         throw_error("cannot empty a file in memory");
 }
 
+void memory_file::fill(std::string_view text) {
+    clear();
+    while (!text.empty()) {
+        ssize_t count = write(descriptor_, text.data(), text.size());
+        if (count < 0) throw_error("cannot write a file in memory");
+        text.remove_prefix(static_cast<size_t>(count));
+    }
+}
+
 captured capture(const std::function<kqcode_t()>& call) {
     static memory_file said;
     said.clear();
@@ -90,5 +112,16 @@ captured capture(const std::function<kqcode_t()>& call) {
         flush_streams();
     }
     result.said = one_line(said.content());
+    return result;
+}
+
+captured_with_log capture_with_log(const std::function<kqcode_t()>& call) {
+    memory_file log;
+    elog_open(log.path().c_str());
+    captured_with_log result{capture(call), {}, {}};
+    elog_close();
+    std::string content = log.content();
+    result.warnings = logged(content, ELOG_WARNING);
+    result.refusals = logged(content, ELOG_REFUSAL);
     return result;
 }

@@ -5,6 +5,8 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "kqtype.h"
 
@@ -15,6 +17,14 @@ struct captured {
 
 // Calls `call` with both descriptors redirected. Throws std::system_error when that is impossible.
 captured capture(const std::function<kqcode_t()>& call);
+
+// The same, with what went to the error log.
+struct captured_with_log : captured {
+    std::vector<std::string> warnings;  // the texts that were logged at level 3
+    std::vector<std::string> refusals;  // and at level 4
+};
+
+captured_with_log capture_with_log(const std::function<kqcode_t()>& call);
 
 // A file in memory that the layer can open by its path; empty at first.
 class memory_file {
@@ -28,6 +38,9 @@ class memory_file {
     std::string path() const;
     std::string content() const;
     void clear();
+
+    // Replaces the content.
+    void fill(std::string_view text);
 
   private:
     int descriptor_;

@@ -1,12 +1,30 @@
 #include "config_file.h"
 
 #include "arch_cfg.h"
+#include "capture.h"
 #include "text.h"
 
 kqcode_t config_file::read(std::string path) {
+    *this = {};
     path_ = std::move(path);
-    lines_.clear();
-    kqcode_t code = kq_ini_walk(path_.c_str(), append, this);
+    std::optional<file_snapshot> taken = take_snapshot(path_);
+    if (!taken || !taken->exists) return ARCH_E_FILE_OPEN;
+    snapshot_ = *std::move(taken);
+    return read_lines();
+}
+
+kqcode_t config_file::parse(std::string text, std::string path) {
+    *this = {};
+    path_ = std::move(path);
+    snapshot_.bytes = std::move(text);
+    return read_lines();
+}
+
+// The layer reads files only; this one nobody can change meanwhile.
+kqcode_t config_file::read_lines() {
+    memory_file copy;
+    copy.fill(text());
+    kqcode_t code = kq_ini_walk(copy.path().c_str(), append, this);
     if (code < 0) lines_.clear();
     index();
     learn_passwords();

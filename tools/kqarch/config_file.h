@@ -12,6 +12,7 @@
 
 #include "kq_instance.h"
 #include "password.h"
+#include "snapshot.h"
 
 struct config_line {
     ulint number;
@@ -27,7 +28,12 @@ class config_file {
     // Reads the lines; 0, or why that is impossible (then there are no lines).
     kqcode_t read(std::string path);
 
+    // Takes the lines from a text that stands, or is to stand, at `path`.
+    kqcode_t parse(std::string text, std::string path);
+
     const std::string& path() const { return path_; }
+    const std::string& text() const { return snapshot_.bytes; }
+    const file_snapshot& snapshot() const { return snapshot_; }
     const std::vector<config_line>& lines() const { return lines_; }
     const password_list& passwords() const { return passwords_; }
 
@@ -38,6 +44,7 @@ class config_file {
     ulint key_line(std::string_view key) const;
 
   private:
+    kqcode_t read_lines();
     static kqcode_t append(const kq_ini_line_t* line, void* file);
     void index();
     void learn_passwords();
@@ -45,6 +52,7 @@ class config_file {
     bool looks_like_subscriber(const config_line& line) const;
 
     std::string path_;
+    file_snapshot snapshot_;
     std::vector<config_line> lines_;
     std::map<std::string, ulint> section_lines_;                // by name, upper case
     std::map<std::pair<ulint, std::string>, ulint> key_lines_;  // by header line and key

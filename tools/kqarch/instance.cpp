@@ -40,12 +40,13 @@ diagnostic parse_complaint(const std::string& said, const std::string& default_f
     return found;
 }
 
+}  // namespace
+
 exit_status status_of(kqcode_t code) {
-    bool impossible = code == ARCH_E_FILE_OPEN || code == ARCH_E_OUT_OF_MEMORY;
+    bool impossible =
+        code == ARCH_E_FILE_OPEN || code == ARCH_E_OUT_OF_MEMORY || code == ARCH_E_BACKUP;
     return impossible ? exit_failed : exit_refused;
 }
-
-}  // namespace
 
 problem unreadable(const std::string& path, kqcode_t code) {
     diagnostic found{.file = path, .code = code};

@@ -55,6 +55,9 @@ class instance {
     std::optional<problem> failure_;
 };
 
+// Whether a code refuses something, or says that it could not be done.
+exit_status status_of(kqcode_t code);
+
 // Why the file at `path`, which gave `code` when it was read, cannot be read.
 problem unreadable(const std::string& path, kqcode_t code);
 

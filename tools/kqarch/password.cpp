@@ -69,6 +69,11 @@ void password_list::learn(std::string_view text, text_place place) {
             add(piece);
 }
 
+void password_list::learn(const password_list& other) {
+    secrets_.insert(other.secrets_.begin(), other.secrets_.end());
+    lengths_.insert(other.lengths_.begin(), other.lengths_.end());
+}
+
 void password_list::add(std::string_view secret) {
     for (std::string& form : std::vector{upper_case(secret), upper_case(visible(secret))}) {
         form.erase(form.find_last_not_of(" \t") + 1);

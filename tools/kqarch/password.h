@@ -29,6 +29,9 @@ class password_list {
     // Remembers what could be a password in `text`.
     void learn(std::string_view text, text_place place);
 
+    // Remembers all that another list knows.
+    void learn(const password_list& other);
+
     // `text` without any of them, whole or in pieces, in whatever case.
     std::string hide(std::string_view text) const;
 

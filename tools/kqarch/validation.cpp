@@ -4,7 +4,6 @@
 
 #include "capture.h"
 #include "catalogue.h"
-#include "elog.h"
 #include "hints.h"
 #include "instance.h"
 #include "placement.h"
@@ -61,29 +60,13 @@ std::vector<diagnostic> every_failure(const captured& whole, const config_file& 
     return failures;
 }
 
-// The texts of the log's lines of level 3: "2026-01-31 12:00:00.000 [3] text".
-std::vector<std::string> warnings_of(const std::string& log) {
-    constexpr std::string_view level = " [3] ";
-    std::vector<std::string> warnings;
-    for (const std::string& line : split(log, '\n')) {
-        size_t at = line.find(" [");
-        if (at != line.npos && line.compare(at, level.size(), level) == 0)
-            warnings.push_back(line.substr(at + level.size()));
-    }
-    return warnings;
-}
-
 }  // namespace
 
 validation validate(const config_file& file, const validation_options& options) {
-    memory_file log;
-    elog_open(log.path().c_str());
-    captured whole =
-        capture([&] { return arch_cfg_sys_validate(options.timers, options.asm_paths); });
-    elog_close();
-    validation result{.code = std::min(whole.code, 0),
-                      .failures = {},
-                      .log_warnings = warnings_of(log.content())};
+    captured_with_log whole =
+        capture_with_log([&] { return arch_cfg_sys_validate(options.timers, options.asm_paths); });
+    validation result{
+        .code = std::min(whole.code, 0), .failures = {}, .log_warnings = std::move(whole.warnings)};
     if (whole.code < 0) result.failures = every_failure(whole, file, options);
     return result;
 }

@@ -1,0 +1,118 @@
+#include "difference.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "catalogue.h"
+#include "diff.h"
+#include "ini.h"
+#include "text.h"
+
+namespace {
+
+using json = nlohmann::ordered_json;
+
+std::vector<std::string> lines_of(const std::string& text) {
+    std::vector<std::string> lines = split(text, '\n');
+    if (lines.back().empty()) lines.pop_back();
+    return lines;
+}
+
+std::string trimmed(const std::string& text) {
+    size_t begin = text.find_first_not_of(" \t\r");
+    if (begin == text.npos) return "";
+    return text.substr(begin, text.find_last_not_of(" \t\r") - begin + 1);
+}
+
+bool is_comment(const std::string& line) {
+    return line.starts_with('#') || line.starts_with(';');
+}
+
+bool is_never_written(const config_line& line) {
+    const key_entry* entry = line.kind == KQ_INI_KEY ? find_key(line.key) : nullptr;
+    if (entry == nullptr) return false;
+    bool zero = std::strtoul(line.value.c_str(), nullptr, 0) == 0;
+    return !entry->written_back || (entry->index == ini_index_raft_vote_interval && zero);
+}
+
+}  // namespace
+
+difference::difference(const config_file& before, const std::string& after, password_list passwords)
+    : before_(before), after_(after), passwords_(std::move(passwords)) {}
+
+std::vector<lost_line> difference::lost() const {
+    std::vector<std::string> before = lines_of(before_.text());
+    std::vector<std::string> kept = lines_of(after_);
+    std::vector<lost_line> lost;
+    for (size_t i = 0; i < before.size(); ++i) {
+        std::string line = trimmed(before[i]);
+        if (!is_comment(line)) continue;
+        // The two lines of the header come back.
+        auto again = std::find(kept.begin(), kept.end(), line);
+        if (again != kept.end())
+            kept.erase(again);
+        else
+            lost.push_back({static_cast<ulint>(i + 1), "the comment: " + shown_comment(line)});
+    }
+    for (const config_line& line : before_.lines())
+        if (is_never_written(line))
+            lost.push_back(
+                {line.number, upper_case(line.key) + " = " + passwords_.hide(visible(line.value))});
+    std::sort(lost.begin(), lost.end(),
+              [](const lost_line& left, const lost_line& right) { return left.line < right.line; });
+    return lost;
+}
+
+void difference::report_lost(output& out) const {
+    json documents = json::array();
+    for (const lost_line& one : lost()) {
+        documents.push_back({{"line", one.line}, {"what", one.what}});
+        out.report({.level = severity::warning,
+                    .file = before_.path(),
+                    .line = one.line,
+                    .text = "a rewrite would lose " + one.what});
+    }
+    out.set("lost", documents);
+}
+
+void difference::print(const std::string& name_of_after, output& out) const {
+    std::vector<diff_hunk> hunks = diff(lines_of(before_.text()), lines_of(after_));
+    json documents = json::array();
+    auto print_line = [&](const std::string& line) {
+        documents.push_back(line);
+        out.print(line + "\n");
+    };
+    out.print_heading("--- " + visible(before_.path()));
+    out.print_heading("+++ " + visible(name_of_after));
+    for (const diff_hunk& hunk : hunks) {
+        print_line(heading_of(hunk));
+        for (const diff_line& line : hunk.lines) {
+            const char* marks[] = {" ", "-", "+"};
+            bool blank = line.text.empty() && line.kind == change::kept;
+            print_line(blank ? "" : marks[static_cast<int>(line.kind)] + shown(line.text));
+        }
+    }
+    if (hunks.empty()) out.print("Only the end of the last line differs.\n");
+    out.set("diff", documents);
+}
+
+// A setting that was commented out may hold a password that stands nowhere else.
+std::string difference::shown_comment(const std::string& line) const {
+    size_t value = line.find('=') + 1;  // 0 without one
+    bool connection = value > 0 && upper_case(line).find("ARCH_DEST") < value &&
+                      !trimmed(line.substr(value)).starts_with('/');
+    text_place place = connection ? text_place::subscriber : text_place::other;
+    return passwords_.hide(visible(line.substr(0, value)) +
+                           hide_password(visible(line.substr(value)), place));
+}
+
+// Only texts can hold a password: a number that happens to be one stays.
+std::string difference::shown_line(const std::string& line) const {
+    size_t end = line.find('=');
+    const key_entry* entry = end != line.npos ? find_key(trimmed(line.substr(0, end))) : nullptr;
+    return entry != nullptr && !entry->is_text ? line : passwords_.hide(line);
+}
+
+std::string difference::shown(const std::string& line) const {
+    return visible(is_comment(trimmed(line)) ? shown_comment(line) : shown_line(line));
+}
