@@ -22,8 +22,9 @@ bool results::find(const std::string& name, summary& found) const {
     if (at == times_.end()) return false;
     std::vector<double> sorted = at->second;
     std::sort(sorted.begin(), sorted.end());
-    found.median = sorted[sorted.size() / 2];
-    found.spread = (sorted.back() - sorted.front()) / found.median;
+    const std::size_t count = sorted.size();
+    found.median = sorted[count / 2];
+    found.spread = (sorted[3 * count / 4] - sorted[count / 4]) / found.median;
     return true;
 }
 

@@ -13,7 +13,7 @@ namespace bench {
 // Times of one operation in nanoseconds, over the repetitions.
 struct summary {
     double median = 0;
-    double spread = 0;  // from the fastest to the slowest, as a part of the median
+    double spread = 0;  // of the middle half, as a part of the median
 };
 
 class results : public benchmark::ConsoleReporter {
