@@ -1,6 +1,7 @@
 // The registry lock between threads.
 #include <elog.h>
 #include <gtest/gtest.h>
+#include <stdlib.h>
 
 #include <atomic>
 #include <thread>
@@ -75,12 +76,15 @@ using threads_death = threads;
 
 TEST_F(threads_death, misuse_of_the_lock_halts) {
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
+    // A process that halts cleans nothing up: its directory goes where this one's is removed.
+    setenv("TMPDIR", std::filesystem::current_path().c_str(), 1);
     EXPECT_DEATH(enter_twice(), "os_mutex_enter failure, code = 35");
     EXPECT_DEATH(create_under_the_lock(nullptr), "os_mutex_enter failure, code = 35");
     EXPECT_DEATH(exit_unheld(), "os_mutex_exit failure, code = 1");
     EXPECT_DEATH(release_unheld(), "os_mutex_exit failure, code = 1");
     arch_cfg_sys_destroy();
     EXPECT_DEATH(enter_and_end(), "os_mutex_enter failure, code = 22");
+    unsetenv("TMPDIR");
 }
 
 // Every function that may be called while others change the registry.
