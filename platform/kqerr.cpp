@@ -109,9 +109,8 @@ kqcode_t kqerr_get_err_desc_with_langage(kqcode_t code, lint, ulint* err_len, sc
     std::string_view rest = text_of(code);
     va_list parameters;
     va_start(parameters, n_para);
-    for (std::size_t at; (at = rest.find("%s")) != std::string_view::npos; --n_para) {
+    for (std::size_t at; n_para > 0 && (at = rest.find("%s")) != std::string_view::npos; --n_para) {
         made.append(rest.substr(0, at));
-        if (n_para == 0) break;
         const schar* parameter = va_arg(parameters, const schar*);
         made.append(parameter != nullptr ? parameter : "");
         rest.remove_prefix(at + 2);
