@@ -40,4 +40,7 @@ void add_look_commands(command_line& commands);
 // add, modify, drop, backup, backups, restore, backup-delete, journal
 void add_change_commands(command_line& commands);
 
+// peer-check, peer-export, peer-verify, raft, graph
+void add_cluster_commands(command_line& commands);
+
 #endif

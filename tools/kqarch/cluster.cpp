@@ -1,0 +1,96 @@
+#include "cluster.h"
+
+#include <algorithm>
+
+#include "capture.h"
+#include "text.h"
+
+namespace {
+
+void exchange_messages(cluster& all) {
+    size_t count = all.nodes.size();
+    all.codes.assign(count, std::vector<kqcode_t>(count, 0));
+    for (size_t receiver = 0; receiver < count; ++receiver) {
+        loaded_node loaded(all.nodes[receiver]);
+        for (size_t sender = 0; sender < count; ++sender)
+            if (sender != receiver)
+                all.codes[receiver][sender] = check_message(all.nodes[sender].message);
+    }
+}
+
+// A refused message that no rule explains must not go unsaid.
+void explain_the_rest(cluster& all) {
+    for (size_t receiver = 0; receiver < all.nodes.size(); ++receiver)
+        for (size_t sender = 0; sender < all.nodes.size(); ++sender) {
+            kqcode_t code = all.codes[receiver][sender];
+            if (code == 0 || all.disagree(receiver, sender)) continue;
+            all.disagreements.push_back(
+                {receiver,
+                 sender,
+                 "",
+                 {.file = all.nodes[receiver].place_of(0),
+                  .code = code,
+                  .text = all.label(receiver) + " refuses the message of " + all.label(sender),
+                  .hint = "Compare the LOCAL and REMOTE destinations of both, `kqarch graph` draws "
+                          "them."}});
+        }
+}
+
+// The servers report a code; the line that explains it has the same one.
+void add_codes(cluster& all) {
+    for (disagreement& one : all.disagreements) {
+        kqcode_t own = all.codes[one.node][one.other];
+        if (one.found.code == 0) one.found.code = own != 0 ? own : all.codes[one.other][one.node];
+    }
+}
+
+void hide_passwords(cluster& all) {
+    password_list passwords;
+    for (const cluster_node& node : all.nodes)
+        passwords.learn(node.file.passwords());
+    for (disagreement& one : all.disagreements) {
+        one.found.text = passwords.hide(one.found.text);
+        one.found.hint = passwords.hide(one.found.hint);
+        one.found.section = passwords.hide(one.found.section);
+    }
+}
+
+}  // namespace
+
+std::string cluster::label(size_t node) const {
+    const cluster_node& asked = nodes[node];
+    auto same_name = [&](const cluster_node& one) { return same_text(one.name, asked.name); };
+    bool unique = std::count_if(nodes.begin(), nodes.end(), same_name) == 1;
+    return unique ? asked.name : asked.name + " (" + asked.directory + ")";
+}
+
+bool cluster::disagree(size_t one, size_t other) const {
+    return std::any_of(disagreements.begin(), disagreements.end(), [=](const disagreement& found) {
+        return (found.node == one && found.other == other) ||
+               (found.node == other && found.other == one);
+    });
+}
+
+std::optional<size_t> cluster::find(const std::string& name) const {
+    for (size_t i = 0; i < nodes.size(); ++i)
+        if (same_text(nodes[i].name, name)) return i;
+    return std::nullopt;
+}
+
+cluster examine(const std::vector<std::string>& directories, exit_status& status, output& out) {
+    cluster all;
+    status = exit_good;
+    for (const std::string& directory : directories) {
+        exit_status its_status = exit_good;
+        if (std::optional<cluster_node> node = read_node(directory, its_status, out))
+            all.nodes.push_back(*std::move(node));
+        status = std::max(status, its_status);
+    }
+    exchange_messages(all);
+    compare_archives(all);
+    compare_raft_groups(all);
+    explain_the_rest(all);
+    add_codes(all);
+    hide_passwords(all);
+    return all;
+}

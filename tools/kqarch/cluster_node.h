@@ -1,0 +1,96 @@
+// One node of a cluster or Raft group, as its files describe it. The process holds one instance at
+// a time: what has to be compared with another node is kept here.
+#ifndef KQARCH_CLUSTER_NODE_H
+#define KQARCH_CLUSTER_NODE_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "arch_cfg.h"
+#include "config_file.h"
+#include "instance.h"
+#include "output.h"
+
+// A directory that archives are written to: a LOCAL or REMOTE destination.
+struct archive_place {
+    std::string section;
+    ulint type;
+    std::string path;
+    std::string real_path;  // without symbolic links; what does not exist is taken as written
+    std::string owner;      // whose archives lie there: this instance's for LOCAL
+    ulint line;             // of the path
+};
+
+// A member of the Raft group: another one, or this node as its global settings describe it.
+struct raft_member {
+    std::string name;
+    ulint id;  // 65535: not configured
+    std::string address;
+    ulint port;
+    bool learner;
+    std::string section = {};  // empty for this node
+};
+
+// A destination that another instance receives.
+struct standby {
+    std::string section;
+    ulint type;
+    std::vector<std::string> names;
+    std::string label;  // ready to be shown: without a password
+    std::string timer;
+};
+
+struct cluster_node {
+    std::string directory;
+    std::string name;
+    ulint port = 0;
+    bool archiving = true;
+    bool shares = false;  // ARCH_LOCAL_SHARE is exactly 1
+    kqbool share = ARCH_UNSET_FLAG;
+    ulint cluster_nodes = 0;  // HPC_NODE
+    config_file file = {};
+    std::vector<archive_place> places = {};
+    std::vector<standby> standbys = {};
+    std::optional<raft_member> self = {};  // absent without a Raft group
+    std::vector<raft_member> members = {};
+    std::vector<byte> message = {};
+    kqcode_t endpoints = 0;  // whether each other endpoint of the cluster has a REMOTE destination
+    std::string endpoint_text = {};
+
+    // The member of a name, this node included; null when it has none.
+    const raft_member* find_member(const std::string& member) const;
+
+    // "db/kqarch.ini:12", or without a line where there is none.
+    std::string place_of(ulint line) const;
+};
+
+// The message of the registry that is loaded, its body length included.
+std::vector<byte> encode_message() KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+// What the registry that is loaded answers to a peer's message. A message that is shorter or longer
+// than it says is malformed.
+kqcode_t check_message(const std::vector<byte>& message) KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+// Loads the configuration of an open instance as start-up does: nothing when archiving is off, an
+// empty one when there is no kqarch.ini. Reports what keeps it from loading, and returns why; with
+// exit_good it is loaded, and what start-up would refuse of it is a warning.
+exit_status load_instance(const instance& open, config_file& file, output& out)
+    KQ_EXCLUDES(arch_cfg_sys.mutex);
+
+// The same for a directory, described; nothing, with `status` set, when it cannot be.
+std::optional<cluster_node> read_node(const std::string& directory, exit_status& status,
+                                      output& out);
+
+// The node's registry again, for as long as this lives.
+class loaded_node {
+  public:
+    explicit loaded_node(const cluster_node& node);
+    loaded_node(const loaded_node&) = delete;
+    loaded_node& operator=(const loaded_node&) = delete;
+
+  private:
+    instance open_;
+};
+
+#endif
