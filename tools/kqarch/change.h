@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "capture.h"
+#include "instance.h"
 #include "output.h"
 #include "password.h"
 
@@ -37,6 +38,8 @@ struct requested_change {
     std::string command = {};      // "add", for the journal
     std::string what = {};         // the clause or name, for the journal: without its password
     password_list passwords = {};  // of the clause: hidden in everything that is shown
+    // Called before anything else, with the directory locked; what it returns ends the change.
+    std::function<std::optional<problem>(const instance&)> prepare = {};
     change_function apply = {};
     // Whether the text is made anew from the registry, so that all of kqarch.ini must load. Else
     // `apply` writes a text of its own.

@@ -1,11 +1,12 @@
 #include "check.h"
 
 #include <algorithm>
-#include <map>
 #include <optional>
 
+#include "backup.h"
 #include "catalogue.h"
 #include "config_file.h"
+#include "counts.h"
 #include "instance.h"
 #include "loading.h"
 #include "osfile.h"
@@ -20,7 +21,7 @@ struct verdict {
     outcome result = outcome::would_start;
     kqcode_t code = 0;
     std::optional<bool> archiving = {};  // unknown when the instance does not open
-    std::map<ulint, ulint> counts = {};  // destinations by type
+    type_counts counts = {};
 };
 
 // A directory that the server would make, and the line that names it.
@@ -43,6 +44,7 @@ class checker {
         } else {
             verdict_.archiving = instance_.archiving();
             if (*verdict_.archiving) check_config();
+            if (!file_.path().empty() && looks_cut_short(file_)) offer_backup();
         }
         os_set_dry_run(0);
         return verdict_;
@@ -96,7 +98,7 @@ class checker {
         for (const missing_directory& one : missing)
             note_missing(one, result.failures);
         warn(result.log_warnings);
-        if (result.code == 0) count_destinations();
+        if (result.code == 0) verdict_.counts = counts_of_registry();
     }
 
     std::vector<missing_directory> missing_directories() const {
@@ -149,10 +151,16 @@ class checker {
         return 0;
     }
 
-    void count_destinations() {
-        registry_hold hold;
-        for (const arch_cfg_t* arch = arch_cfg_sys.arch_lst.start; arch; arch = arch->link.next)
-            ++verdict_.counts[arch->type];
+    // Trying the backups takes the registry, so that this comes last.
+    void offer_backup() {
+        std::optional<lint64> number = best_backup(instance_);
+        if (!number) return;
+        out_.report({.level = severity::warning,
+                     .file = file_.path(),
+                     .text = (file_.lines().empty() ? "is empty" : "seems to be cut short") +
+                             std::string(", and there is the backup ") + backup_name(*number),
+                     .hint = "`kqarch restore " + instance_.directory() + " " +
+                             std::to_string(*number) + "` brings it back."});
     }
 
     const check_options& options_;
@@ -162,31 +170,18 @@ class checker {
     verdict verdict_;
 };
 
-std::string counts_text(const verdict& given) {
-    std::vector<std::string> counts;
-    for (const auto& [type, count] : given.counts)
-        counts.push_back(std::to_string(count) + " " + arch_cfg_get_arch_name_by_type(type));
-    return counts.empty() ? "no destinations" : join(counts, ", ");
-}
-
 std::string verdict_text(const verdict& given) {
     if (given.result == outcome::not_checked) return "could not be checked";
     if (given.result == outcome::would_not_start)
         return "would not start: " + code_text(given.code);
     if (given.archiving == false)
         return "would start: archiving is off, the server does not look at kqarch.ini";
-    return "would start: " + counts_text(given);
+    return "would start: " + counts_text(given.counts);
 }
 
 nlohmann::ordered_json as_document(const verdict& given) {
     const char* results[] = {"would_start", "would_not_start", "not_checked"};
     const code_entry* entry = find_code(given.code);
-    nlohmann::ordered_json counts = nlohmann::ordered_json::object();
-    for (const type_entry& type : all_types()) {
-        auto found = given.counts.find(type.number);
-        if (type.number != ARCH_TYPE_NONE)
-            counts[type.name] = found != given.counts.end() ? found->second : 0;
-    }
     nlohmann::ordered_json archiving;
     if (given.archiving) archiving = *given.archiving;
     return {{"directory", visible(given.directory)},
@@ -195,7 +190,7 @@ nlohmann::ordered_json as_document(const verdict& given) {
              given.result != outcome::not_checked ? nlohmann::ordered_json(given.code) : nullptr},
             {"name", entry != nullptr ? nlohmann::ordered_json(entry->name) : nullptr},
             {"archiving", archiving},
-            {"counts", counts}};
+            {"counts", counts_document(given.counts)}};
 }
 
 size_t count_results(const std::vector<verdict>& verdicts, outcome result) {

@@ -47,6 +47,10 @@ constexpr hint_row hint_rows[] = {
     {"cannot be self instance", "Name another instance than this one."},
     {"raft arch at the same time",
      "Remove the RAFT destinations, or the destinations of the other type."},
+    {"is a member of the Raft group", "Use `kqarch raft`: it keeps the group's settings in step."},
+    {"names no TYPE", "Add TYPE=LOCAL, REALTIME, SYNC, ASYNC, TIMELY, REMOTE or SUBSCRIBE."},
+    {"names no DEST", "Add DEST= with a directory, instance names or a connection text."},
+    {"names no INCOMING_PATH", "Add INCOMING_PATH= with the directory for its archives."},
     {"Invalid ARCH_TYPE", "Add ARCH_TYPE as the first line of the section."},
     {"no service of that name",
      "Name localhost, host:port, or a service of kqsvc.ini (SVC_INI = 1 in kq.ini switches it "

@@ -29,6 +29,7 @@ int main(int count, char** words) {
     ignore_signals_of_writes();
     command_line commands;
     add_look_commands(commands);
+    add_change_commands(commands);
     add_cluster_commands(commands);
     return commands.run(count, words);
 }
