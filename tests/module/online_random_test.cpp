@@ -3,7 +3,6 @@
 // rules are told here once more, and start-up has to give just their code.
 #include <gtest/gtest.h>
 #include <stdlib.h>
-#include <unistd.h>
 
 #include <cstring>
 #include <random>
@@ -12,7 +11,7 @@
 
 #include "support/capture.h"
 #include "support/fields.h"
-#include "support/instance.h"
+#include "support/online.h"
 
 namespace {
 
@@ -96,21 +95,20 @@ kqcode_t verdict_of_start_up() {
 
 // ---- Starting up beside the running registry ----
 
-// The registry as text. What the file does not keep is made what start-up makes of it: the hang
-// flag of the first LOCAL is 1, and the voters are those of the list.
+// The registry as text. What the file does not keep is taken as start-up takes it: the hang flag of
+// the first LOCAL is 1, and the voters are those of the list.
 std::string described() {
-    std::string text;
-    ulint voters = 0;
-    bool first_local = true;
-    for (const arch_cfg_t* arch : records()) {
-        arch_cfg_t copy = *arch;
-        voters += copy.type == ARCH_TYPE_RAFT;
-        if (copy.type == ARCH_TYPE_LOCAL && std::exchange(first_local, false)) copy.hang_flag = 1;
-        text += "[" + std::string(copy.name) + "]" + differences(record_fields(), copy) + "\n";
+    usint voters = 0;
+    arch_cfg_t* first_local = nullptr;
+    for (arch_cfg_t* arch : records()) {
+        voters = static_cast<usint>(voters + (arch->type == ARCH_TYPE_RAFT));
+        if (arch->type == ARCH_TYPE_LOCAL && first_local == nullptr) first_local = arch;
     }
-    usint counted = std::exchange(arch_cfg_sys.raft_cnt, static_cast<usint>(voters));
-    text += differences(registry_fields(), arch_cfg_sys);
+    usint counted = std::exchange(arch_cfg_sys.raft_cnt, voters);
+    usint flag = first_local ? std::exchange(first_local->hang_flag, usint(1)) : usint(0);
+    std::string text = registry_fields_text();
     arch_cfg_sys.raft_cnt = counted;
+    if (first_local) first_local->hang_flag = flag;
     return text;
 }
 
@@ -244,28 +242,8 @@ const char* const beginnings[] = {
     "[L]\nARCH_TYPE = LOCAL\nARCH_DEST = first\n[F]\nARCH_TYPE = RAFT\nARCH_DEST = member\n"
     "ARCH_DEST_IP = 192.0.2.8\nARCH_DEST_PORT = 1\nARCH_DEST_ID = 1\n"};
 
-// Instance directories in memory, where there is room for them: thousands of files are written.
-class directories_in_memory {
-  public:
-    directories_in_memory() {
-        if (access("/dev/shm", W_OK) == 0) setenv("TMPDIR", "/dev/shm", 0);
-    }
-};
-
 class online_changes : public testing::Test {
   protected:
-    void SetUp() override {
-        std::string mal = std::string("[S]\nMAL_INST_NAME = ") + self +
-                          "\nMAL_INST_HOST = 192.0.2.1\nMAL_INST_PORT = 5236\n"
-                          "[F]\nMAL_INST_NAME = MEMBER\n";
-        for (int i = 1; i <= 20; i++)
-            mal += "[M" + std::to_string(i) + "]\nMAL_INST_NAME = INST" + std::to_string(i) +
-                   "\nMAL_INST_HOST = 192.0.2.1\nMAL_INST_PORT = 5236\n";
-        write_file("kqmal.ini", mal);
-        write_file("kqtimer.ini", "[T1]\n[T2]\n");
-        ASSERT_EQ(instance.open("MAL_INI = 1\nTIMER_INI = 1\n"), 0);
-    }
-
     // One change; false when something was wrong.
     bool step(changer& change) {
         std::string before = described(), file = read_file("kqarch.ini");
@@ -291,8 +269,7 @@ class online_changes : public testing::Test {
         return !HasFailure();
     }
 
-    directories_in_memory first;
-    instance_directory instance;
+    online_instance instance;
     std::set<kqcode_t> codes;
     int accepted = 0, refused = 0;
 };
@@ -303,9 +280,7 @@ TEST_F(online_changes, are_what_start_up_reads) {
     unsigned first = given ? static_cast<unsigned>(atoi(given)) : 1;
     for (unsigned seed = first; seed < first + sequences; seed++) {
         changer change(seed);
-        write_file("kqarch.ini", beginnings[seed % 4]);
-        arch_cfg_sys_destroy();
-        ASSERT_EQ(arch_cfg_sys_init(nullptr, 1, 1), 0);
+        ASSERT_EQ(start_from(beginnings[seed % 4]), 0);
         for (int i = 0; i < steps; i++)
             ASSERT_TRUE(step(change)) << "SEED=" << seed << " step " << i << "\n"
                                       << read_file("kqarch.ini");
