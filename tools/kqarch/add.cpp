@@ -8,12 +8,17 @@ captured plain(kqcode_t code, const std::string& said = {}) {
     return {code, said};
 }
 
+// Silent where the directory cannot be used.
+captured added_directory(kqcode_t code) {
+    return code == ARCH_E_INVALID_DEST ? refuse_directory() : plain(code);
+}
+
 captured add_local(const parsed_clause& clause) {
     const arch_cfg_t& asked = clause.record;
     arch_cfg_t* added = nullptr;
-    return plain(arch_cfg_add_local(clause.dest.c_str(), asked.space_limit,
-                                    static_cast<usint>(asked.file_size), asked.hang_flag,
-                                    asked.flush_buf_size, &added));
+    return added_directory(arch_cfg_add_local(clause.dest.c_str(), asked.space_limit,
+                                              static_cast<usint>(asked.file_size), asked.hang_flag,
+                                              asked.flush_buf_size, &added));
 }
 
 // The clause's incoming path travels in the timer's field.
@@ -22,9 +27,9 @@ captured add_remote(parsed_clause& clause) {
     if (asked.timer_name[0] == '\0')
         return plain(ARCH_E_NO_INCOMING_PATH, "the clause names no INCOMING_PATH");
     arch_cfg_t* added = nullptr;
-    return plain(arch_cfg_add_remote(asked.timer_name, clause.dest.data(), asked.space_limit,
-                                     static_cast<usint>(asked.file_size), asked.hang_flag,
-                                     asked.flush_buf_size, &added));
+    return added_directory(arch_cfg_add_remote(
+        asked.timer_name, clause.dest.data(), asked.space_limit,
+        static_cast<usint>(asked.file_size), asked.hang_flag, asked.flush_buf_size, &added));
 }
 
 captured add_subscriber(parsed_clause& clause) {

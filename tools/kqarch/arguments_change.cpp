@@ -1,3 +1,4 @@
+#include <limits>
 #include <memory>
 #include <utility>
 
@@ -93,7 +94,7 @@ void add_change_options(CLI::App& command, change_options& given) {
     command.add_flag("--yes", given.yes, "Do not ask");
     command.add_flag("--force", given.force, "Even when the server would not start with it");
     command.add_option("--lsn", given.lsn, "The number of the backup [one above the highest]")
-        ->check(CLI::NonNegativeNumber);
+        ->check(CLI::Range(lint64{0}, std::numeric_limits<lint64>::max()));
 }
 
 void add_add(command_line& commands) {
@@ -156,7 +157,7 @@ void add_backup(command_line& commands) {
                                     [given](output& out) { return run_backup(*given, out); });
     add_directory(backup, given->directory);
     backup.add_option("--lsn", given->lsn, "The number of the backup [one above the highest]")
-        ->check(CLI::NonNegativeNumber);
+        ->check(CLI::Range(lint64{0}, std::numeric_limits<lint64>::max()));
     backup.add_flag("--force", given->force, "Replace a backup of that number");
 }
 

@@ -119,12 +119,15 @@ password_list passwords_in_clause(const std::string& text, ulint type) {
 std::optional<captured> misplaced_keyword(const parsed_clause& clause, ulint type) {
     const char* keyword = type == ARCH_TYPE_REMOTE ? "ARCH_TIMER_NAME" : "INCOMING_PATH";
     if (!clause.names(keyword)) return std::nullopt;
-    return captured{ARCH_E_PARA_NOT_ALLOWED, std::string("a ") +
-                                                 arch_cfg_get_arch_name_by_type(type) +
-                                                 " destination has no " + keyword};
+    return captured{ARCH_E_PARA_NOT_ALLOWED,
+                    std::string(keyword) + " is not for " + arch_cfg_get_arch_name_by_type(type)};
 }
 
 captured refuse_raft(ulint type) {
     return {ARCH_E_INVALID_TYPE, std::string("a ") + arch_cfg_get_arch_name_by_type(type) +
                                      " destination is a member of the Raft group"};
+}
+
+captured refuse_directory() {
+    return {ARCH_E_INVALID_DEST, "the directory does not exist and cannot be created"};
 }

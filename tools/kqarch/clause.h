@@ -45,6 +45,9 @@ password_list passwords_in_clause(const std::string& text, ulint type);
 // Members of the Raft group are changed by commands of their own.
 captured refuse_raft(ulint type);
 
+// What the module has no words for: a directory that is not there and cannot be made.
+captured refuse_directory();
+
 // Two keywords travel in one field of the record: the one that the type does not have would be
 // taken for the other.
 std::optional<captured> misplaced_keyword(const parsed_clause& clause, ulint type);

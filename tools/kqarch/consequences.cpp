@@ -42,6 +42,10 @@ std::string name_of(ulint type) {
     return arch_cfg_get_arch_name_by_type(type);
 }
 
+std::string shown_name(const std::string& instance) {
+    return hide_password(visible(upper_case(instance)), text_place::other);
+}
+
 std::string shown_value(const std::string& value) {
     return value.empty() ? "not set" : value;
 }
@@ -87,29 +91,44 @@ void tell_sections(const configuration_facts& before, const configuration_facts&
     }
 }
 
-// How each instance is served. A Raft member and a standby alike.
-std::map<std::string, ulint> served(const configuration_facts& facts) {
-    std::map<std::string, ulint> types;
+using instance_types = std::map<std::string, ulint>;
+
+// The type of the destination that names each instance: of those that it gets archives by, or of
+// REMOTE ones, where its archives come to.
+instance_types types_of_instances(const configuration_facts& facts, bool remote) {
+    instance_types types;
     for (const auto& [section, destination] : facts.destinations)
         for (const std::string& name : destination.instances)
-            types.emplace(hide_password(visible(upper_case(name)), text_place::other),
-                          destination.type);
+            if ((destination.type == ARCH_TYPE_REMOTE) == remote && !name.empty())
+                types.emplace(shown_name(name), destination.type);
     return types;
 }
 
 void tell_instances(const configuration_facts& before, const configuration_facts& after,
                     sentences& told) {
-    std::map<std::string, ulint> was = served(before);
-    std::map<std::string, ulint> is = served(after);
-    for (const auto& [name, type] : was) {
-        auto found = is.find(name);
-        if (found == is.end())
-            told.push_back(name + " gets no archives any more.");
-        else if (type != ARCH_TYPE_ASYNC && found->second == ARCH_TYPE_ASYNC)
+    instance_types was = types_of_instances(before, false);
+    instance_types is = types_of_instances(after, false);
+    for (const auto& [name, type] : was)
+        if (!is.contains(name)) told.push_back(name + " gets no archives any more.");
+    for (const auto& [name, type] : is) {
+        auto found = was.find(name);
+        if (found == was.end())
+            told.push_back(name + " gets archives from now on.");
+        else if (type == ARCH_TYPE_ASYNC && found->second != ARCH_TYPE_ASYNC)
             told.push_back(name + " no longer gets archives at once: it waits for a timer.");
     }
+}
+
+void tell_remote_instances(const configuration_facts& before, const configuration_facts& after,
+                           sentences& told) {
+    instance_types was = types_of_instances(before, true);
+    instance_types is = types_of_instances(after, true);
+    for (const auto& [name, type] : was)
+        if (!is.contains(name))
+            told.push_back("The archives of " + name + " are not stored here any more.");
     for (const auto& [name, type] : is)
-        if (!was.contains(name)) told.push_back(name + " gets archives from now on.");
+        if (!was.contains(name))
+            told.push_back("The archives of " + name + " are stored here from now on.");
 }
 
 std::set<std::string> waited_for(const configuration_facts& facts) {
@@ -118,7 +137,7 @@ std::set<std::string> waited_for(const configuration_facts& facts) {
         for (const setting& one : destination.settings)
             if (one.field == "wait_apply" && one.value == true)
                 for (const std::string& name : destination.instances)
-                    names.insert(hide_password(visible(upper_case(name)), text_place::other));
+                    names.insert(shown_name(name));
     return names;
 }
 
@@ -175,6 +194,7 @@ std::vector<std::string> consequences(const configuration_facts& before,
     tell_counts(before, after, told);
     tell_sections(before, after, told);
     tell_instances(before, after, told);
+    tell_remote_instances(before, after, told);
     tell_waiting(before, after, told);
     tell_directories(before, after, told);
     tell_settings("", before.globals, after.globals, told);

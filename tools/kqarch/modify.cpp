@@ -39,10 +39,9 @@ bool comes_back(const std::string& text, size_t longest) {
 }
 
 captured refuse_text(const char* keyword, size_t longest) {
-    return {ARCH_E_INVALID_DEST, std::string(keyword) +
-                                     " would not be read back from kqarch.ini as it is: it is "
-                                     "empty, has a control character, or more than " +
-                                     std::to_string(longest) + " characters"};
+    return {ARCH_E_INVALID_DEST,
+            std::string(keyword) + " would not be read back from kqarch.ini as it is: it has no, " +
+                "or more than " + std::to_string(longest) + " characters, or a control character"};
 }
 
 // A change of one record: what the clause asks for is checked, the record that comes of it built
@@ -173,7 +172,7 @@ class modification {
         bool stays = path == result_.dest;
         copy_text(result_.dest, path);
         if (stays || arch_cfg_check_local_path_validate(result_.dest, 1) != 0) return {};
-        return {ARCH_E_INVALID_DEST, ""};
+        return refuse_directory();
     }
 
     // The check has trimmed it and put the stored one in the place of none.
@@ -219,7 +218,8 @@ captured modify_destination(parsed_clause clause, const target& which) {
 
 exit_status run_modify(const modify_options& options, output& out) {
     clause_text given = take_clause(options.clause);
-    ulint type = options.which.subscriber ? ARCH_TYPE_SUBSCRIBE : ARCH_TYPE_NONE;
+    // What a text names is never the subscriber: there, only a text with "@" holds a password.
+    ulint type = options.which.subscriber ? ARCH_TYPE_SUBSCRIBE : ARCH_TYPE_LOCAL;
     requested_change change{
         .command = "modify",
         .what = options.which.shown() + " " + masked_clause(given.text, type),
