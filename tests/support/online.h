@@ -3,6 +3,7 @@
 #ifndef TESTS_SUPPORT_ONLINE_H
 #define TESTS_SUPPORT_ONLINE_H
 
+#include <functional>
 #include <string>
 
 #include "support/instance.h"
@@ -35,6 +36,10 @@ class online_instance {
 
 // Starts up from a text of kqarch.ini.
 kqcode_t start_from(const std::string& text);
+
+// Starts up from what was written and looks at what came of it; afterwards the running registry is
+// as it was.
+kqcode_t start_up_aside(kqbool valid_chk, const std::function<void()>& look);
 
 // The text that the registry would be written as; the registry lock is taken.
 std::string registry_text();
