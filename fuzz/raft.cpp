@@ -1,7 +1,6 @@
 // Operations on a Raft group in any order, each compared with the model: the registry, the text
 // that it leaves, the number of voters and the roles. Directories are on storage that is not looked
-// at, and kqarch.ini cannot be written, so that nothing here waits for a disk. Run it with
-// -close_fd_mask=2: the rules print what they refuse.
+// at, and kqarch.ini cannot be written, so that nothing here waits for a disk.
 #include <elog.h>
 #include <ini.h>
 #include <stdio.h>
@@ -55,8 +54,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     while (!from.used_up()) {
         std::string fault = history.step(from);
         if (fault.empty()) continue;
-        printf("%s\n", fault.c_str());
-        fflush(stdout);
+        fprintf(stderr, "%s\n", fault.c_str());
         abort();
     }
     return 0;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <utility>
 
 #include "support/instance.h"
@@ -90,6 +91,9 @@ std::vector<std::string> some_names(choices& from) {
     return list;
 }
 
+// What a call leaves for its caller to persist.
+schar rec[ARCH_CFG_TEXT_SIZE];
+
 std::unique_ptr<sysname_t[]> array_of(const std::vector<std::string>& list) {
     auto array = std::make_unique<sysname_t[]>(list.size());
     for (size_t i = 0; i < list.size(); i++)
@@ -136,7 +140,7 @@ void raft_history::expect(const char* what, long long got, long long wanted) {
 
 void raft_history::expect_text(bool failed) {
     std::string wanted = failed ? "" : model.text();
-    if (rec.get() != wanted) fault = "rec is\n" + std::string(rec.get()) + "not\n" + wanted;
+    if (rec != wanted) fault = "rec is\n" + std::string(rec) + "not\n" + wanted;
 }
 
 void raft_history::add(choices& from) {
@@ -145,7 +149,7 @@ void raft_history::add(choices& from) {
     arch_cfg_t* added = nullptr;
     kqcode_t code = arch_cfg_add_learner_or_raft(
         member.dest.c_str(), member.ip.empty() && from.below(2) ? nullptr : member.ip.c_str(),
-        member.port, member.id, member.center, static_cast<usint>(member.type), &added, rec.get());
+        member.port, member.id, member.center, static_cast<usint>(member.type), &added, rec);
     expect("the code", code, model.add(member));
     expect_text(code < 0);
     if ((added != nullptr) != (code == 0)) fault = "the record and the code do not agree";
@@ -193,7 +197,7 @@ void raft_history::ask(choices& from) {
 
 void raft_history::learner_leaves(choices& from) {
     std::string dest = some_name(from);
-    expect("the code", arch_cfg_delete_learner(dest.c_str(), some_id(from), rec.get()), 0);
+    expect("the code", arch_cfg_delete_learner(dest.c_str(), some_id(from), rec), 0);
     model.remove(ARCH_TYPE_LEARNER, dest);
     expect_text(false);
 }
@@ -207,7 +211,7 @@ void raft_history::voter_leaves(choices& from) {
 void raft_history::change_to_new(choices& from) {
     std::vector<std::string> list = some_names(from);
     auto count = static_cast<usint>(list.size());
-    kqcode_t code = arch_cfg_change_to_new(count, array_of(list).get(), rec.get());
+    kqcode_t code = arch_cfg_change_to_new(count, array_of(list).get(), rec);
     expect("the code", code, list.empty() ? ARCH_E_INVALID_VALUE : 0);
     if (!list.empty()) {
         std::erase_if(model.sections, [&](const model_section& each) {
@@ -226,7 +230,7 @@ void raft_history::promote(choices& from) {
     std::vector<usint> ids(list.size() + 1), wanted;
     usint promoted = 77;
     kqcode_t code = arch_cfg_change_learner_to_raft(
-        static_cast<usint>(list.size()), array_of(list).get(), rec.get(), &promoted, ids.data());
+        static_cast<usint>(list.size()), array_of(list).get(), rec, &promoted, ids.data());
     kqcode_t expected = 0;
     for (const std::string& name : list) {
         model_section* found = model.find(name, false);
@@ -320,7 +324,7 @@ std::string raft_history::step(choices& from) {
     const auto& chosen = operations[from.below(std::size(operations))];
     described = chosen.name;
     fault.clear();
-    memset(rec.get(), 'x', 16);
+    memset(rec, 'x', 16);
     (this->*chosen.perform)(from);
     registry_lock lock;
     if (fault.empty()) fault = model.difference();

@@ -2,8 +2,6 @@
 #ifndef TESTS_SUPPORT_RAFT_HISTORY_H
 #define TESTS_SUPPORT_RAFT_HISTORY_H
 
-#include <memory>
-
 #include "support/raft_model.h"
 
 namespace test_support {
@@ -58,7 +56,6 @@ class raft_history {
 
     raft_model model;
     bool on_disk;
-    std::unique_ptr<schar[]> rec = std::make_unique<schar[]>(ARCH_CFG_TEXT_SIZE);
     std::string described;
     std::string fault;
 };
