@@ -14,7 +14,7 @@ constexpr const char* init_footer =
     "\nKinds: single   one instance with a local archive\n"
     "       standby  a local archive, a REALTIME standby and an ASYNC one with a timer\n"
     "       raft     node1 to node3, each with the two others as RAFT members\n"
-    "       cluster  node1 and node2 of a shared-storage cluster, REMOTE to one another\n"
+    "       cluster  node1 and node2 of a shared-storage cluster that share their archives\n"
     "\nExamples:\n"
     "  kqarch init db\n"
     "  kqarch init --kind raft group && kqarch check group/*\n";

@@ -23,7 +23,8 @@ void explain_the_rest(cluster& all) {
     for (size_t receiver = 0; receiver < all.nodes.size(); ++receiver)
         for (size_t sender = 0; sender < all.nodes.size(); ++sender) {
             kqcode_t code = all.codes[receiver][sender];
-            if (code == 0 || all.disagree(receiver, sender)) continue;
+            bool alone = all.disagree(receiver, receiver);
+            if (code == 0 || alone || all.disagree(receiver, sender)) continue;
             all.disagreements.push_back(
                 {receiver,
                  sender,

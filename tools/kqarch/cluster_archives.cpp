@@ -214,7 +214,9 @@ void check_alone(cluster& all, size_t at) {
               .text = node.name + ": " + node.endpoint_text,
               .hint = "Every other endpoint of kqdcr.ini needs a REMOTE destination, and this "
                       "instance has to be an endpoint."}});
-    if (node.shares || node.cluster_nodes < 2 || !node.archiving) return;
+    bool somebody_shares = std::any_of(all.nodes.begin(), all.nodes.end(),
+                                       [](const cluster_node& one) { return one.shares; });
+    if (somebody_shares || node.cluster_nodes < 2 || !node.archiving) return;
     all.disagreements.push_back(
         {at,
          at,

@@ -48,7 +48,7 @@ std::string archive_header(const settings& globals) {
 settings directory_rows(const std::string& type, const std::string& key,
                         const std::string& directory) {
     settings rows = {{"ARCH_TYPE", type},
-                     {key, directory},
+                     {key, directory + "/arch"},
                      {"ARCH_FILE_SIZE", "128"},
                      {"ARCH_SPACE_LIMIT", "8192"},
                      {"ARCH_FLUSH_BUF_SIZE", "0"}};
@@ -56,13 +56,14 @@ settings directory_rows(const std::string& type, const std::string& key,
 }
 
 std::string local_section(const std::string& directory) {
-    settings rows = directory_rows("LOCAL", "ARCH_DEST", directory + "/arch");
+    settings rows = directory_rows("LOCAL", "ARCH_DEST", directory);
     rows.emplace_back("ARCH_HANG_FLAG", "1");
     return section("ARCHIVE_LOCAL1", rows);
 }
 
+// The nodes share their archives: what another node archives to is its incoming path here.
 std::string remote_section(int peer, const std::string& directory) {
-    settings rows = directory_rows("REMOTE", "ARCH_INCOMING_PATH", directory + "/arch_remote");
+    settings rows = directory_rows("REMOTE", "ARCH_INCOMING_PATH", directory);
     rows.emplace(rows.begin() + 1, "ARCH_DEST", instance_name(peer));
     return section("ARCH_REMOTE1", rows);
 }
@@ -168,12 +169,12 @@ init_plan plan_cluster(const std::string& root) {
     init_plan plan;
     for (int node = 1; node <= nodes; ++node) {
         std::string directory = "node" + number(node);
-        std::string path = root + "/" + directory;
+        int peer = nodes + 1 - node;
         settings switches = {{"HPC_NODE", number(nodes)}, {"MAL_INI", "1"}, {"DCR_INI", "1"}};
         add_instance(plan, directory, main_file(node, switches),
-                     archive_header({{"ARCH_WAIT_APPLY", "0"}}) + local_section(path) +
-                         remote_section(nodes + 1 - node, path));
-        plan.directories.push_back(directory + "/arch_remote");
+                     archive_header({{"ARCH_WAIT_APPLY", "0"}, {"ARCH_LOCAL_SHARE", "1"}}) +
+                         local_section(root + "/" + directory) +
+                         remote_section(peer, root + "/node" + number(peer)));
         plan.files.push_back({directory + "/kqmal.ini", mal_file(nodes), shared_mode});
         plan.files.push_back({directory + "/kqdcr.ini", cluster_file(nodes), shared_mode});
     }

@@ -96,6 +96,10 @@ void output::print_heading(std::string_view text) {
     print(painted(std::string(text), "\033[1m", STDOUT_FILENO) + "\n");
 }
 
+void output::print_alarm(std::string_view text) {
+    print(painted(std::string(text), colour_of(severity::error), STDOUT_FILENO) + "\n");
+}
+
 void output::set(const std::string& field, nlohmann::ordered_json value) {
     if (as_json_) fields_[field] = std::move(value);
 }

@@ -58,6 +58,9 @@ class output {
     // The same with a line feed, in bold on a terminal.
     void print_heading(std::string_view text);
 
+    // The same in red: something that is wrong.
+    void print_alarm(std::string_view text);
+
     // A field of the JSON document; nothing without --json.
     void set(const std::string& field, nlohmann::ordered_json value);
 

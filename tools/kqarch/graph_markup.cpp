@@ -1,0 +1,128 @@
+// The picture as text for programs that draw: DOT and Mermaid.
+#include <cctype>
+
+#include "graph.h"
+#include "text.h"
+
+namespace {
+
+constexpr const char* wrong_colour = "#c01818";
+
+struct kind_row {
+    const char* shape;  // of DOT
+    const char* colour;
+};
+
+constexpr kind_row kind_rows[] = {
+    {"box", "#dbe8fb"},      // instance
+    {"box", "#eeeeee"},      // remote
+    {"folder", "#e3f3e3"},   // directory
+    {"box", "#fdf0d5"},      // standby
+    {"box", "#f0e3f7"},      // subscriber
+    {"ellipse", "#d9f0f0"},  // Raft group
+};
+
+const kind_row& row_of(box_kind kind) {
+    return kind_rows[static_cast<size_t>(kind)];
+}
+
+std::vector<std::string> lines_of(const box& drawn) {
+    std::vector<std::string> lines = {drawn.name, kind_name(drawn.kind)};
+    lines.insert(lines.end(), drawn.details.begin(), drawn.details.end());
+    if (!drawn.problems.empty()) lines.push_back(mark_of(drawn.problems));
+    return lines;
+}
+
+std::vector<std::string> lines_of(const edge& drawn) {
+    if (drawn.problems.empty()) return {drawn.label};
+    return {drawn.label, mark_of(drawn.problems)};
+}
+
+std::string node_id(size_t at) {
+    return "n" + std::to_string(at);
+}
+
+// ---- DOT: between quotes, with `\n` between lines ----
+
+std::string dot_text(const std::vector<std::string>& lines, const char* end = "\\n") {
+    std::string text;
+    for (const std::string& line : lines) {
+        if (!text.empty()) text += end;
+        for (char letter : line) {
+            if (letter == '"' || letter == '\\') text += '\\';
+            text += letter;
+        }
+    }
+    return "\"" + text + "\"";
+}
+
+std::string dot_wrong(bool wrong) {
+    std::string colour = std::string("\"") + wrong_colour + "\"";
+    return wrong ? ", color=" + colour + ", fontcolor=" + colour + ", penwidth=2" : "";
+}
+
+// ---- Mermaid: between quotes, everything unusual by its number ----
+
+std::string mermaid_text(const std::vector<std::string>& lines) {
+    static const std::string plain = " _./:,()@*+=-[]";
+    std::string text;
+    for (const std::string& line : lines) {
+        if (!text.empty()) text += "<br/>";
+        for (char letter : line) {
+            bool usual = (letter & '\x80') != 0 || std::isalnum(letter) != 0 ||
+                         plain.find(letter) != plain.npos;
+            text += usual ? std::string(1, letter) : "#" + std::to_string(letter) + ";";
+        }
+    }
+    return "\"" + text + "\"";
+}
+
+std::string numbered(const graph& drawn, size_t at) {
+    return "[" + std::to_string(at + 1) + "] " + drawn.problems[at];
+}
+
+}  // namespace
+
+std::string draw_dot(const graph& drawn) {
+    std::string text =
+        "digraph kqarch {\n    rankdir=LR;\n    labelloc=t;\n    node [style=filled];\n";
+    std::vector<std::string> title = {drawn.title()};
+    for (size_t i = 0; i < drawn.problems.size(); ++i)
+        title.push_back(numbered(drawn, i));
+    text += "    label=" + dot_text(title, "\\l") + ";\n";
+    for (size_t i = 0; i < drawn.boxes.size(); ++i) {
+        const box& one = drawn.boxes[i];
+        const kind_row& row = row_of(one.kind);
+        text += "    " + node_id(i) + " [shape=" + row.shape + ", fillcolor=\"" + row.colour +
+                "\", label=" + dot_text(lines_of(one)) + dot_wrong(!one.problems.empty()) + "];\n";
+    }
+    for (const edge& one : drawn.edges)
+        text += "    " + node_id(one.from) + " -> " + node_id(one.to) +
+                " [label=" + dot_text(lines_of(one)) + dot_wrong(!one.problems.empty()) + "];\n";
+    return text + "}\n";
+}
+
+std::string draw_mermaid(const graph& drawn) {
+    std::string text = "flowchart LR\n";
+    for (size_t i = 0; i < drawn.boxes.size(); ++i) {
+        const box& one = drawn.boxes[i];
+        text += "    " + node_id(i) + "[" + mermaid_text(lines_of(one)) + "]\n";
+        text += "    style " + node_id(i) + " fill:" + row_of(one.kind).colour;
+        if (!one.problems.empty())
+            text += std::string(",stroke:") + wrong_colour + ",stroke-width:3px";
+        text += "\n";
+    }
+    for (size_t i = 0; i < drawn.edges.size(); ++i) {
+        const edge& one = drawn.edges[i];
+        text += "    " + node_id(one.from) + " -->|" + mermaid_text(lines_of(one)) + "| " +
+                node_id(one.to) + "\n";
+        if (!one.problems.empty())
+            text += "    linkStyle " + std::to_string(i) + " stroke:" + wrong_colour +
+                    ",color:" + wrong_colour + ",stroke-width:3px\n";
+    }
+    for (size_t i = 0; i < drawn.problems.size(); ++i)
+        text += "    p" + std::to_string(i) + "[" + mermaid_text({numbered(drawn, i)}) +
+                "]\n    style p" + std::to_string(i) + " fill:#ffffff,stroke:" + wrong_colour +
+                "\n";
+    return text;
+}

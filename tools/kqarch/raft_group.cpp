@@ -1,0 +1,69 @@
+#include "raft_group.h"
+
+#include "text.h"
+
+namespace {
+
+std::string from_to(size_t before, size_t after) {
+    if (before == after) return std::to_string(after) + " as before";
+    return "from " + std::to_string(before) + " to " + std::to_string(after);
+}
+
+}  // namespace
+
+raft_group group_of(const cluster_node& node) {
+    raft_group group;
+    if (!node.self) return group;
+    (node.self->learner ? group.learners : group.voters).insert(upper_case(node.name));
+    for (const raft_member& member : node.members)
+        (member.learner ? group.learners : group.voters).insert(upper_case(member.name));
+    return group;
+}
+
+size_t quorum_of(size_t voters) {
+    return voters / 2 + 1;
+}
+
+size_t tolerated_failures(size_t voters) {
+    return voters == 0 ? 0 : voters - quorum_of(voters);
+}
+
+bool quorums_overlap(const raft_group& before, const raft_group& after) {
+    if (before.voters.empty() || after.voters.empty()) return true;
+    std::set<std::string> both = before.voters;
+    both.insert(after.voters.begin(), after.voters.end());
+    return quorum_of(before.voters.size()) + quorum_of(after.voters.size()) > both.size();
+}
+
+bool keeps_quorum(const raft_group& before, const raft_group& after) {
+    size_t staying = 0;
+    for (const std::string& name : before.voters)
+        staying += after.voters.count(name);
+    return before.voters.empty() || staying >= quorum_of(before.voters.size());
+}
+
+std::vector<std::string> group_consequences(const raft_group& before, const raft_group& after) {
+    size_t old_count = before.voters.size();
+    size_t count = after.voters.size();
+    std::vector<std::string> told = {"Voters: " + from_to(old_count, count) +
+                                     ", this node included where it votes."};
+    if (count > 0)
+        told.push_back("A quorum is " + std::to_string(quorum_of(count)) + " of " +
+                       std::to_string(count) + "; failures tolerated: " +
+                       from_to(tolerated_failures(old_count), tolerated_failures(count)) + ".");
+    if (before.learners.size() != after.learners.size())
+        told.push_back("Learners: " + from_to(before.learners.size(), after.learners.size()) +
+                       "; they receive the log and do not vote.");
+    if (count > 0 && count % 2 == 0)
+        told.push_back("An even number of voters tolerates no more failures than " +
+                       std::to_string(count - 1) + " do: plan for one more or one fewer.");
+    return told;
+}
+
+nlohmann::ordered_json as_document(const raft_group& group) {
+    size_t count = group.voters.size();
+    return {{"voters", count},
+            {"learners", group.learners.size()},
+            {"quorum", count == 0 ? 0 : quorum_of(count)},
+            {"tolerated_failures", tolerated_failures(count)}};
+}

@@ -1,0 +1,37 @@
+// A Raft group as one node has it: who votes, and what that many voters can bear.
+#ifndef KQARCH_RAFT_GROUP_H
+#define KQARCH_RAFT_GROUP_H
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "cluster_node.h"
+
+// Names in upper case, this node's among them.
+struct raft_group {
+    std::set<std::string> voters = {};
+    std::set<std::string> learners = {};
+};
+
+raft_group group_of(const cluster_node& node);
+
+// How many voters must agree, and how many may fail while the others still can.
+size_t quorum_of(size_t voters);
+size_t tolerated_failures(size_t voters);
+
+// Whether each quorum of the one group has a voter in common with each of the other: else both
+// could decide, each for itself, while the members learn of the change.
+bool quorums_overlap(const raft_group& before, const raft_group& after);
+
+// Whether the voters that stay are a quorum of the old group: else they cannot agree on the change
+// when those that leave are gone.
+bool keeps_quorum(const raft_group& before, const raft_group& after);
+
+// What becomes of the group, in sentences.
+std::vector<std::string> group_consequences(const raft_group& before, const raft_group& after);
+
+// {"voters": 3, "learners": 0, "quorum": 2, "tolerated_failures": 1}
+nlohmann::ordered_json as_document(const raft_group& group);
+
+#endif
