@@ -2,7 +2,14 @@
  *
  * One file, kqarch.ini, says where an instance stores and ships its archived logs. This module
  * loads it into the process's one registry, checks it, answers the server's threads, and writes it
- * back. Start with arch_cfg_sys_init; end with arch_cfg_sys_destroy.
+ * back.
+ *
+ * Life. First the siblings are up: kq.ini is read, and kqmal.ini, kqtimer.ini and the client
+ * services where it names them; without kq.ini archiving counts as off, and start-up does nothing.
+ * Then arch_cfg_sys_init loads and checks. When it succeeds, the server sets `has_inited` to 1
+ * under the lock, which some queries wait for, and threads may come. The end is
+ * arch_cfg_sys_destroy, when no thread uses the registry any more; until the next start-up no other
+ * function is called then. It does no harm to call it twice, or after a start-up that failed.
  *
  * Conventions, which hold for every function below unless it says otherwise:
  *
@@ -14,17 +21,21 @@
  * The lock. `arch_cfg_sys.mutex` guards the settings, the list and every record. It is not
  * recursive: a second lock by its holder halts the process. "Lock: held" means that the caller
  * holds it (between arch_cfg_sys_enter and arch_cfg_sys_exit), "Lock: taken" that the function
- * takes and releases it and is called without it, "Lock: none" that it needs none. With clang and
+ * takes and releases it and is called without it, "Lock: none" that it needs none. "None taken"
+ * means that a caller who shares the record or list with other threads holds it. With clang and
  * -Wthread-safety the compiler checks this at every call of a function with an annotation. Where a
  * function has a registry parameter, null means the process registry, which it then locks itself or
  * expects locked, as it says; the address of a registry, `arch_cfg_sys` included, is used as it is.
  *
  * Memory. The registry owns its records: one block each from os_malloc. A record pointer that a
  * function returns is borrowed: it is safe while the caller holds the lock, or while nobody drops
- * the record. Texts handed in are copied. Every text stored is terminated and never longer than
+ * the record. Where a function releases the lock before it returns one, a caller beside which others
+ * drop takes the lock and looks it up again (arch_cfg_find_by_dest_low_without_enter), or uses the
+ * pointer for its identity only (arch_cfg_drop_low). Texts handed in are copied. Every text stored is terminated and never longer than
  * its field; nothing is cut unless a function says so.
  *
- * Texts. Every text handed in is terminated. Lengths are in bytes, without the terminator. A null
+ * Texts. Every text handed in is terminated. Lengths are in bytes, without the terminator; the size
+ * of a buffer is in bytes with it. A null
  * text handed to a look-up matches nothing. "Ignoring case" folds the ASCII letters.
  *
  * Messages. A refusal prints its message on standard error (aq_fprintf_inner) and writes the same
@@ -211,7 +222,7 @@ typedef struct arch_cfg_sys_struct {
     ulint raft_vote_interval;      /* in seconds; 4294967295. Written interlocked */
     ulint raft_self_id;            /* 65535 */
     usint self_center_id;          /* 0 */
-    ulint raft_pkg_interval;       /* 0 */
+    ulint raft_pkg_interval;       /* in milliseconds; 0 */
     usint raft_cnt;                /* RAFT destinations; 0. Written interlocked */
     kqbool raft_learner;           /* this node is a learner; 0. Written interlocked */
     ulint arch_reserve_time;       /* in minutes; 4294967295 */
@@ -340,8 +351,9 @@ ARCH_CFG_API arch_cfg_t* arch_cfg_find_subscribe(void)
     KQ_EXCLUDES(arch_cfg_sys.mutex); /* Lock: taken */
 
 /* Copies the `dest` of every record of a type into `dest_arr`, in list order, and their number into
- * `num`. The caller supplies an entry for each; a `dest` of more than 128 characters (a LOCAL path)
- * is cut to 128. Lock: taken. */
+ * `num`. The caller supplies an entry for each, and for those that others may add meanwhile: a
+ * registry that start-up accepts has at most 18 of a type. A `dest` of more than 128 characters (a
+ * LOCAL path) is cut to 128. Lock: taken. */
 ARCH_CFG_API void arch_cfg_get_arch_arr_by_type(usint arch_type, usint* num, sysname_t* dest_arr)
     KQ_EXCLUDES(arch_cfg_sys.mutex);
 
@@ -370,7 +382,7 @@ ARCH_CFG_API kqcode_t arch_cfg_calc_next_inst_dest(schar** dest_tmp, schar* dest
  * destroyed and the code returned, for a failed rule with "Validate kqarch.ini error, code=N" on
  * standard error. ARCH_E_FILE_OPEN when the default file cannot be created, or `path_in` has more
  * than 256 characters (silent; the registry is left empty, not destroyed), and from the reader for
- * a file that it cannot read.
+ * a file that it cannot read. A registry that is loaded is destroyed before it is started again.
  * Lock: none; no other thread uses the registry yet. */
 ARCH_CFG_API kqcode_t arch_cfg_sys_init_with_check(const schar* path_in, kqbool timer_chk,
                                                    kqbool valid_chk, kqbool asm_path_chk)
@@ -456,7 +468,8 @@ ARCH_CFG_API void arch_cfg_write_subscribe_ini(schar* rec_str, schar* buf, arch_
 
 /* Rewrites kqarch.ini in the configuration directory with the text of the process registry. The
  * file is rewritten in place, mode and owner kept; a new one gets mode 0600. The text is complete
- * before the file is opened, and on disk on return. A failure in between leaves the file short.
+ * before the file is opened, and on disk on return. A failure in between leaves the file short: a
+ * caller who wants it back makes a backup first (arch_file_gen_bak).
  *   ARCH_E_FILE_OPEN      it cannot be opened or is no regular file (silent), or cannot be written
  *                         whole (logged only, with the file and the reason)
  *   ARCH_E_OUT_OF_MEMORY  the text does not fit (arch_cfg_sys_write_to_rec); the file is untouched
@@ -529,7 +542,8 @@ ARCH_CFG_API kqcode_t arch_cfg_inst_dests_validate(arch_cfg_sys_t* cfg_sys, arch
  * Silent are those for counts (but not for LEARNER), for a missing LOCAL, for REALTIME beside
  * TIMELY, for SUBSCRIBE beside others, for several instances beside SYNC, for MPP, and for a path
  * or a remote instance used twice. More than 18 RAFT and LEARNER records together:
- * ARCH_E_TOO_MANY_RAFT. Lock: taken for the whole run; kqmal.ini's own lock is taken inside it. */
+ * ARCH_E_TOO_MANY_RAFT. Lock: taken for the whole run, also while directories are probed
+ * (arch_cfg_validate); kqmal.ini's own lock is taken inside it. */
 ARCH_CFG_API kqcode_t arch_cfg_sys_validate(kqbool timer_chk, kqbool asm_path_chk)
     KQ_EXCLUDES(arch_cfg_sys.mutex);
 
@@ -620,7 +634,8 @@ enum { ARCH_CLAUSE_DEST_MAX = 272 }; /* characters of a clause's DEST */
  *                              registry's heartbeat interval
  *   WAIT_APPLY, ARCH_FAILOVER  0 or 1
  *
- * FILE_SIZE, ARCH_SEND_DELAY and the subscriber's two numbers keep their low 16 bits.
+ * FILE_SIZE, ARCH_SEND_DELAY and the subscriber's two numbers keep their low 16 bits: 65664 becomes
+ * 128, so that a caller who shows what was asked for shows the record, not the clause.
  *
  *   arch_cfg_str        the clause; it is cut in place
  *   arch_cfg            reset with arch_init and an empty name, then filled; the caller's
@@ -728,10 +743,13 @@ ARCH_CFG_API kqcode_t arch_cfg_add_remote(const schar* path, schar* inst_name, u
  * incoming path (REMOTE, in `timer_name`), the subscriber's three numbers. `dest_org` is used for
  * SUBSCRIBE only: a buffer of at least 257 characters, trimmed in place and replaced by the stored
  * text when empty. Null `arch` may be applied. On failure `arch` and `dest_org` may be completed
- * already. ARCH_E_FAILOVER_WAIT_APPLY       ARCH_FAILOVER 1 beside WAIT_APPLY 1
+ * already.
+ *
+ *   ARCH_E_FAILOVER_WAIT_APPLY       ARCH_FAILOVER 1 beside WAIT_APPLY 1
  *   ARCH_E_PARA_NOT_ALLOWED          ARCH_FAILOVER of neither REALTIME nor TIMELY
  *   ARCH_E_INVALID_TYPE              to NONE, RAFT, LEARNER or above 9
- *   ARCH_E_TOO_MANY_...              8 others have the type (SUBSCRIBE: 2)
+ *   ARCH_E_TOO_MANY_...              8 others have the type (for SUBSCRIBE 2 others, which start-up
+ *                                    never leaves)
  *   ARCH_E_REALTIME_TIMELY_CONFLICT  another record has the excluded type
  *   ARCH_E_MULTI_INST_DEST           to LOCAL, SYNC or REMOTE from several instances
  *   ARCH_E_NO_INCOMING_PATH, ARCH_E_SHARED_PATH_CHANGED    to REMOTE
@@ -744,6 +762,7 @@ ARCH_CFG_API kqcode_t arch_cfg_add_remote(const schar* path, schar* inst_name, u
  *   ARCH_E_INVALID_SEND_DELAY, ARCH_E_INVALID_VALUE        the subscriber's numbers; printed and
  *                                    logged
  *   ARCH_E_INVALID_SPACE_LIMIT, ARCH_E_INVALID_FILE_SIZE   to LOCAL or REMOTE
+ *
  * or a code of arch_cfg_check_subscb_dest. Silent but where it says otherwise, and but for what
  * arch_cfg_inst_check_in_mal prints, whose code is logged with its place. Lock: held. */
 ARCH_CFG_API kqcode_t arch_cfg_validate_for_modify(arch_cfg_t* arch, const arch_cfg_t* old_arch,
@@ -826,7 +845,7 @@ ARCH_CFG_API kqcode_t arch_cfg_get_all_local_and_remote_dest(kqenv_t env, kq_lst
  * which puts the text there:
  *   ARCH_E_EP_NO_REMOTE   with the endpoint's number in the group, for the first without one
  *   any other             of the cluster registry
- * Lock: none taken; held, or the list kept from changing. */
+ * Lock: held. */
 ARCH_CFG_API kqcode_t arch_cfg_remote_all_other_ep_check(lint language, ulint* err_len,
                                                          schar* err_desc)
     KQ_REQUIRES(arch_cfg_sys.mutex);
@@ -851,7 +870,8 @@ typedef struct arch_collect_struct {
 
 /* Adds the instance names of each destination that is not LOCAL to an entry of its own, in list
  * order, from entry `*n_arch` on, and moves `*n_arch` behind the last; a name that finds its entry
- * full is left out. The caller supplies an entry for each such destination, with `n_rac` 0.
+ * full is left out. The caller supplies an entry for each such destination, with `n_rac` 0, and for
+ * those that others may add meanwhile.
  * Lock: taken. */
 ARCH_CFG_API void arch_cfg_collect_inst_name(usint* n_arch, arch_collect_t* arch_collect)
     KQ_EXCLUDES(arch_cfg_sys.mutex);
@@ -861,7 +881,7 @@ ARCH_CFG_API void arch_cfg_collect_inst_name(usint* n_arch, arch_collect_t* arch
  *   ARCH_E_NO_ARCH_PATH    there is none; logged only
  *   ARCH_E_OUT_OF_MEMORY   logged as a code with its place; what was collected stays with the
  *                          caller
- * Lock: none taken; held, or the list kept from changing. */
+ * Lock: held. */
 ARCH_CFG_API kqcode_t rarch_cfg_arch_path_get(kqenv_t env, ulint* n_arch_path,
                                               pathname_t** arch_path_arr)
     KQ_REQUIRES(arch_cfg_sys.mutex);
