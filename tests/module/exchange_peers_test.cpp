@@ -60,7 +60,7 @@ kqcode_t speak(const node& self, int from_peer, int to_peer) {
 
     byte length[4];
     read_all(from_peer, length, sizeof length);
-    ulint size = length[0] | length[1] << 8 | length[2] << 16;
+    auto size = static_cast<ulint>(length[0] | length[1] << 8 | length[2] << 16);
     std::vector<byte> body(size);
     read_all(from_peer, body.data(), size);
     kqenv_t env = mem_env_create(0);
