@@ -119,7 +119,9 @@ TEST_F(hostile, records_of_unended_texts) {
                 memset(asked->arch_dest_ip, byte_value, sizeof asked->arch_dest_ip);
                 memset(asked->dest_ip_arr, byte_value, sizeof asked->dest_ip_arr);
                 memset(static_cast<void*>(&asked->link), 0xff, sizeof asked->link);
-                strcpy(asked->timer_name, "T1");
+                bool timed = each.type == ARCH_TYPE_ASYNC || each.type == ARCH_TYPE_SUBSCRIBE;
+                memset(asked->timer_name, timed ? 0 : byte_value, sizeof asked->timer_name);
+                if (timed) strcpy(asked->timer_name, "T1");
                 asked->type = each.type;
                 asked->n_inst = static_cast<byte>(instances);
                 arch_cfg_t* added = nullptr;
