@@ -196,6 +196,7 @@ kqcode_t raft_model::start() {
 
 std::string raft_model::text() const {
     std::string text = "#Velkor Database Archive Configuration file\n#this is comments\n\n";
+    text.reserve(4096);
     text += line_unless("ARCH_WAIT_APPLY", wait_apply, ARCH_UNSET_FLAG);
     text += line_unless("XMAL_HB_INTERVAL", xmal_hb, ARCH_UNSET_LONG);
     text += line_unless("RAFT_HB_INTERVAL", raft_hb, 0);
