@@ -44,12 +44,16 @@ std::string body_with_canary(std::string body) {
 
 TEST(password, never_comes_out) {
     workplace place;
-    ASSERT_EQ(place.run("kqarch init db").status, 0);
+    ASSERT_EQ(place.run("kqarch init db && kqarch init other").status, 0);
     for (const char* body : bodies) {
         std::string text = body_with_canary(body);
         place.write("db/kqarch.ini", text);
         for (const char* command :
-             {"check db", "check --no-timers db", "show db", "fmt db", "fmt --check db"})
+             {"check db", "check --no-timers db", "show db", "fmt db", "fmt --check db",
+              "peer-check db other", "peer-check other db", "graph db other",
+              "graph --format svg db", "graph --format dot db", "graph --format mermaid db",
+              "raft db status", "raft db settings --vote 9 --dry-run", "raft db clear --dry-run",
+              "raft db remove Kanary --dry-run --force", "peer-verify db </dev/null"})
             for (const char* form : {"", " --json"}) {
                 run_result result = place.run(std::string("kqarch ") + command + form);
                 std::string said = result.output + result.errors;

@@ -31,6 +31,13 @@ const names show_fields = {"code", "destinations", "globals", "instance", "refus
 const names fmt_fields = {"diff", "differs", "lost", "text"};
 const names init_fields = {"files", "instances", "kind", "next"};
 
+const names peer_check_fields = {"agree", "disagreements", "nodes", "pairs"};
+const names export_fields = {"arch_local_share", "hpc_node", "instance", "message"};
+const names verify_fields = {"agree", "code", "instance", "sender"};
+const names status_fields = {"group", "instance", "learner", "members"};
+const names raft_fields = {"backup", "consequences", "diff",       "group_after", "group_before",
+                           "lost",   "made",         "start_code", "would_start"};
+
 const row rows[] = {
     {"init --json new", 0, init_fields},
     {"init --json good", 1, init_fields},
@@ -44,6 +51,18 @@ const row rows[] = {
     {"fmt --json bad", 1, fmt_fields},
     {"fmt --json --check good", 0, fmt_fields},
     {"fmt --json missing", 3, fmt_fields},
+    {"peer-check --json good other", 0, peer_check_fields},
+    {"peer-check --json good bad", 1, peer_check_fields},
+    {"peer-export --json good", 0, export_fields},
+    {"peer-export --json missing", 3, export_fields},
+    {"peer-verify --json good </dev/null", 1, verify_fields},
+    {"peer-verify --json bad", 1, verify_fields},
+    {"raft --json good status", 0, status_fields},
+    {"raft bad status --json", 1, status_fields},
+    {"raft group/node1 --json remove KQ2 --dry-run", 0, raft_fields},
+    {"raft group/node1 --json remove KQ2 KQ3", 1, raft_fields},
+    {"raft missing clear --json", 3, raft_fields},
+    {"graph --json good", 2, {}},
     {"chek --json", 2, {}},
     {"check --json --nonsense good", 2, {}},
 };
@@ -51,7 +70,8 @@ const row rows[] = {
 class kqarch_json : public testing::Test {
   protected:
     kqarch_json() {
-        place.run("kqarch init good && cp -r good bad");
+        place.run("kqarch init good && cp -r good bad && kqarch init other");
+        place.run("sed -i s/KQ1/KQ2/ other/kq.ini && kqarch init --kind raft group");
         place.write("bad/kqarch.ini", "[A\xff]\nARCH_TYPE = LOCAL\nARCH_FILE_SIZE = 1\nX = 2\n");
     }
 

@@ -20,6 +20,15 @@ struct wire_entry {
     std::string owner;  // empty in a message without names
 };
 
+// Whether a message is as long as its first bytes say.
+bool says_its_length(const byte* bytes, size_t size) {
+    if (size < length_size) return false;
+    ulint body = 0;
+    for (size_t i = length_size; i-- > 0;)
+        body = body << 8 | bytes[i];
+    return body == size - length_size;
+}
+
 // Reads what the check has taken: nothing when it is malformed.
 class entry_reader {
   public:
@@ -28,6 +37,7 @@ class entry_reader {
 
     std::optional<std::vector<wire_entry>> read() {
         std::vector<wire_entry> entries;
+        if (!says_its_length(message_.data(), message_.size())) return std::nullopt;
         while (at_ < message_.size()) {
             wire_entry entry;
             if (!read_text(entry.path) || (names_ && !read_text(entry.owner))) return std::nullopt;
@@ -61,11 +71,8 @@ struct parcel {
 };
 
 bool is_wire_message(const std::string& bytes) {
-    if (bytes.size() < length_size) return true;
-    ulint body = 0;
-    for (size_t i = length_size; i-- > 0;)
-        body = body << 8 | static_cast<byte>(bytes[i]);
-    return body == bytes.size() - length_size || bytes[0] != '{';
+    return bytes[0] != '{' ||
+           says_its_length(reinterpret_cast<const byte*>(bytes.data()), bytes.size());
 }
 
 std::optional<std::vector<byte>> from_hexadecimal(const std::string& text) {
@@ -131,6 +138,10 @@ class verifier {
             refuse(0, ARCH_E_PEER_CFG_MISMATCH, received_.problem, "");
             return end(ARCH_E_PEER_CFG_MISMATCH);
         }
+        if (same_text(received_.sender, node_.name))
+            out_.report({.level = severity::warning,
+                         .file = node_.directory,
+                         .text = "the message comes from an instance of the same name"});
         kqcode_t code = 0;
         {
             loaded_node loaded(node_);

@@ -172,9 +172,7 @@ class raft_changer {
         if (!leaves_others_without_quorum(before_, upper_case(node_->name))) return std::nullopt;
         return danger{
             "without this node the other voters are no quorum: they cannot even remove it",
-            "Remove " + node_->name +
-                " at the other nodes first; then clear it here "
-                "with --force."};
+            "Remove " + node_->name + " at the other nodes first."};
     }
 
     // One voter a step: the quorums of two groups that differ in one voter always overlap.

@@ -1,0 +1,198 @@
+// The picture that `kqarch graph --format svg` draws: well-formed, with every name in it, no text
+// on another and all of it inside.
+#include <gtest/gtest.h>
+
+#include <cctype>
+#include <cstdlib>
+#include <map>
+#include <vector>
+
+#include "program.h"
+
+namespace {
+
+struct element {
+    std::string name;
+    std::map<std::string, std::string> attributes;
+    std::string text;
+
+    double number(const std::string& attribute) const {
+        return std::strtod(attributes.at(attribute).c_str(), nullptr);
+    }
+};
+
+std::string unescaped(std::string text) {
+    const std::pair<const char*, const char*> entities[] = {
+        {"&lt;", "<"}, {"&gt;", ">"}, {"&quot;", "\""}, {"&amp;", "&"}};
+    for (const auto& [entity, letter] : entities)
+        for (size_t at = text.find(entity); at != text.npos; at = text.find(entity, at + 1))
+            text.replace(at, std::string(entity).size(), letter);
+    return text;
+}
+
+// Reads the picture by the grammar of XML, so far as a picture needs it, and counts what offends.
+class svg_reader {
+  public:
+    explicit svg_reader(const std::string& text) : text_(text) { read(); }
+
+    std::vector<element> elements;  // with their text
+    size_t faults = 0;
+
+  private:
+    void read() {
+        std::vector<std::string> open;
+        while (at_ < text_.size()) {
+            if (text_[at_] == '<' && text_.compare(at_, 2, "</") == 0) {
+                size_t end = text_.find('>', at_);
+                if (open.empty() || text_.substr(at_ + 2, end - at_ - 2) != open.back()) ++faults;
+                if (!open.empty()) open.pop_back();
+                at_ = end == text_.npos ? text_.size() : end + 1;
+            } else if (text_[at_] == '<') {
+                if (read_element()) open.push_back(elements.back().name);
+            } else {
+                read_text();
+            }
+        }
+        faults += open.size();
+    }
+
+    // Whether the element stays open.
+    bool read_element() {
+        ++at_;
+        element found{read_name(), {}, ""};
+        for (;;) {
+            while (at_ < text_.size() && text_[at_] == ' ')
+                ++at_;
+            std::string name = read_name();
+            if (name.empty()) break;
+            bool quoted = text_.compare(at_, 2, "=\"") == 0;
+            size_t end = text_.find('"', at_ + 2);
+            if (!quoted || end == text_.npos || found.attributes.contains(name)) ++faults;
+            found.attributes[name] = text_.substr(at_ + 2, end - at_ - 2);
+            if (found.attributes[name].find('<') != std::string::npos) ++faults;
+            at_ = end + 1;
+        }
+        bool empty = text_.compare(at_, 2, "/>") == 0;
+        if (!empty && text_[at_] != '>') ++faults;
+        at_ += empty ? 2 : 1;
+        elements.push_back(found);
+        return !empty;
+    }
+
+    std::string read_name() {
+        size_t begin = at_;
+        while (at_ < text_.size() && (std::isalnum(static_cast<unsigned char>(text_[at_])) != 0 ||
+                                      text_[at_] == '-' || text_[at_] == ':'))
+            ++at_;
+        return text_.substr(begin, at_ - begin);
+    }
+
+    void read_text() {
+        size_t end = std::min(text_.find('<', at_), text_.size());
+        std::string raw = text_.substr(at_, end - at_);
+        at_ = end;
+        std::string plain = unescaped(raw);
+        size_t ampersands = 0;
+        for (size_t at = raw.find('&'); at != raw.npos; at = raw.find('&', at + 1)) {
+            size_t semicolon = raw.find(';', at);
+            std::string entity = raw.substr(at, semicolon - at + 1);
+            if (unescaped(entity).size() != 1) ++ampersands;
+        }
+        faults += ampersands;
+        if (!elements.empty() && raw != "\n") elements.back().text = plain;
+    }
+
+    const std::string& text_;
+    size_t at_ = 0;
+};
+
+struct extent {
+    double left, top, right, bottom;
+};
+
+extent extent_of(const element& text) {
+    double size = text.number("font-size");
+    double width = 0.602 * size * static_cast<double>(text.text.size());
+    double left = text.number("x");
+    double base = text.number("y");
+    return {left, base - 0.76 * size, left + width, base + 0.24 * size};
+}
+
+bool overlap(const extent& one, const extent& other) {
+    return one.left < other.right && other.left < one.right && one.top < other.bottom &&
+           other.top < one.bottom;
+}
+
+void expect_legible(const std::vector<element>& elements) {
+    double width = elements.at(0).number("width");
+    double height = elements.at(0).number("height");
+    std::vector<extent> texts;
+    for (const element& one : elements) {
+        if (one.name != "text") continue;
+        extent place = extent_of(one);
+        EXPECT_TRUE(place.left >= 0 && place.top >= 0) << one.text;
+        EXPECT_TRUE(place.right <= width && place.bottom <= height) << one.text;
+        for (const extent& other : texts)
+            EXPECT_FALSE(overlap(place, other)) << one.text;
+        texts.push_back(place);
+    }
+    EXPECT_GT(texts.size(), 3U);
+}
+
+bool shows(const std::vector<element>& elements, const std::string& name) {
+    for (const element& one : elements)
+        if (one.name == "text" && one.text.find(name) != std::string::npos) return true;
+    return false;
+}
+
+void expect_picture(const workplace& place, const std::string& directories,
+                    const std::vector<std::string>& names) {
+    run_result result = place.run("kqarch graph --format svg " + directories);
+    EXPECT_EQ(result.status, 0) << result.errors;
+    svg_reader picture(result.output);
+    EXPECT_EQ(picture.faults, 0U) << result.output;
+    ASSERT_FALSE(picture.elements.empty());
+    expect_legible(picture.elements);
+    for (const std::string& name : names)
+        EXPECT_TRUE(shows(picture.elements, name)) << name << "\n" << result.output;
+}
+
+TEST(svg, shows_every_name_of_a_cluster_and_of_a_group) {
+    workplace place;
+    place.run(
+        "kqarch init --kind cluster c; kqarch init --kind raft r; kqarch init --kind standby s");
+    expect_picture(place, "c/node1 c/node2", {"KQ1", "KQ2", "c/node1/arch", "REMOTE KQ2"});
+    expect_picture(place, "r/node1", {"KQ2", "KQ3", "RAFT id 3", "Raft group", "quorum 2 of 3"});
+    expect_picture(place, "s", {"REALTIME", "ASYNC at NIGHTLY", "standby"});
+    place.run("sed -i '/RAFT_KQ3/,$d' r/node2/kqarch.ini");
+    expect_picture(place, "r/node?", {"DISAGREES [1]", "[1] KQ2 does not list KQ3"});
+}
+
+TEST(svg, stays_legible_with_every_destination_that_there_can_be) {
+    workplace place;
+    place.run("kqarch init db && mkdir db/a");
+    std::string text = "ARCH_WAIT_APPLY = 0\n";
+    for (int i = 1; i <= 8; ++i) {
+        std::string number = std::to_string(i);
+        text += "[L" + number + "]\nARCH_TYPE = LOCAL\nARCH_DEST = {dir}/db/" +
+                std::string(static_cast<size_t>(20 * i), 'x') + "\nARCH_FILE_SIZE = 64\n";
+        text += "[A" + number + "]\nARCH_TYPE = ASYNC\nARCH_TIMER_NAME = T\nARCH_DEST = S" +
+                number + "/T" + number + "/U" + number + "\n";
+    }
+    place.write("db/kqarch.ini", text);
+    expect_picture(place, "db", {"S8", "U1", std::string(160, 'x')});
+}
+
+TEST(svg, escapes_what_means_something_to_it) {
+    workplace place;
+    for (const char* name :
+         {"<b>\"'&amp;", "]]>-->", "</text></svg>", "&#60;&lt;", "%s\\n${HOME}"}) {
+        place.run("rm -rf db; kqarch init db");
+        place.write("db/kqarch.ini", std::string("[") + name +
+                                         "]\nARCH_TYPE = LOCAL\nARCH_DEST = {dir}/db/" + name +
+                                         "\nARCH_FILE_SIZE = 64\n");
+        expect_picture(place, "db", {name});
+    }
+}
+
+}  // namespace
