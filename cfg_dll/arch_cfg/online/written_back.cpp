@@ -25,8 +25,10 @@ kqcode_t check_text(const arch_cfg_t& arch, ulint key, std::string_view text) {
     return 0;
 }
 
+// Whether a name can be one of a list: blanks inside the list belong to the names.
 bool is_instance_name(std::string_view name) {
-    return survives_reading(name) && name.find('/') == std::string_view::npos;
+    return name.find('/') == std::string_view::npos &&
+           std::none_of(name.begin(), name.end(), is_control);
 }
 
 // The list as it is written: the first entry also when the record counts none.
@@ -38,7 +40,9 @@ kqcode_t check_instances(const arch_cfg_t& arch) {
         if (!is_instance_name(name)) return refuse_key(ARCH_E_INVALID_DEST, arch, list_key);
         length += name.size();
     }
-    if (length == 0) return refuse_key(ARCH_E_INVALID_DEST, arch, list_key);
+    const bool outer_blank = text_in(arch.dest_insts[0]).starts_with(' ') ||
+                             text_in(arch.dest_insts[count - 1]).ends_with(' ');
+    if (length == 0 || outer_blank) return refuse_key(ARCH_E_INVALID_DEST, arch, list_key);
     if (count > 1 && arch.type == ARCH_TYPE_SYNC)
         return refuse_key(ARCH_E_TOO_MANY_INSTS, arch, list_key);
     if (length > longest_value(&arch)) return refuse_key(ARCH_E_TOO_LONG, arch, list_key);
