@@ -34,6 +34,24 @@ constexpr const char* bodies[] = {
      "[L]\nARCH_TYPE = LOCAL\nARCH_DEST = {dir}/db/arch\nARCH_RECV_PATH = a/PASS@b\n"),
     ("[L]\nARCH_TYPE = LOCAL\nARCH_DEST = {dir}/db/arch\n[S]\nARCH_TYPE = SUBSCRIBE\n"
      "ARCH_DEST = sysdba/PASS@10.9.8.7:5236\nARCH_TIMER_NAME = T\nARCH_FILE_SIZE = 64\n"),
+    "[S]\nARCH_TYPE = SUBSCRIBE\nARCH_DEST = sysdba PASS@10.9.8.7:5236\nARCH_TIMER_NAME = T\n",
+    "# old: a/x@h new: b/PASS\n; sysdba/PASS\n# pw=PASS\n#CONNECT a/PASS\n# my password: PASS\n",
+    "# see /arch@old and u/PASS\n#\r# a@b\rsysdba/PASS\r",
+};
+
+// Command lines with the password where none belongs.
+constexpr const char* commands[] = {
+    "explain sysdba/PASS@host",
+    "explain --json sysdba/PASS",
+    "check sysdba/PASS@localhost",
+    "show --json sysdba/PASS@host",
+    "show db sysdba/PASS",
+    "fmt db sysdba/PASS@host",
+    "sysdba/PASS",
+    "init db --kind sysdba/PASS@h",
+    "check misplaced",
+    "check --json misplaced",
+    "show misplaced",
 };
 
 std::string body_with_canary(std::string body) {
@@ -63,6 +81,21 @@ TEST(password, never_comes_out) {
                     << text << "\n"
                     << said;
             }
+    }
+}
+
+TEST(password, never_comes_out_of_a_wrong_place) {
+    workplace place;
+    ASSERT_EQ(place.run("kqarch init misplaced && kqarch init db").status, 0);
+    for (const char* line : {"sysdba/PASS@localhost = 1", "sysdba/PASS = 1", "PASS/PASS"}) {
+        place.write("misplaced/kq.ini", body_with_canary(line) + std::string("\n"));
+        for (const char* command : commands) {
+            run_result result = place.run("kqarch " + body_with_canary(command));
+            EXPECT_NE(result.status, 0) << command;
+            EXPECT_EQ((result.output + result.errors).find(canary), std::string::npos)
+                << command << "\n"
+                << result.output << result.errors;
+        }
     }
 }
 

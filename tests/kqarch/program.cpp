@@ -17,7 +17,11 @@ constexpr const char* prelude =
     "export LC_ALL=C TERM=xterm\n"
     "unprivileged() {\n"
     "    if [ \"$(id -u)\" -ne 0 ]; then \"$@\"; return; fi\n"
+    "    chown -hR 65534 .\n"
     "    setpriv --reuid=65534 --regid=65534 --clear-groups \"$@\"\n"
+    "    set -- $?\n"
+    "    chown -hR 0 .\n"
+    "    return $1\n"
     "}\n";
 
 std::string read(const fs::path& path) {

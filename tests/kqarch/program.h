@@ -12,7 +12,8 @@ struct run_result {
 };
 
 // A fresh directory to run commands in, with kqarch on the PATH. The shell also knows
-// `unprivileged COMMAND...`, which gives up root's rights where the tests have them.
+// `unprivileged COMMAND...`, which gives up root's rights where the tests have them: the files
+// are that user's meanwhile.
 class workplace {
   public:
     workplace();

@@ -16,6 +16,7 @@ TEST(password, is_hidden_in_its_place_only) {
         {"/secret@host", text_place::subscriber, "/***@host"},
         {"sysdba/secret", text_place::subscriber, "sysdba/***"},
         {"sysdba/@host", text_place::subscriber, "sysdba/@host"},
+        {"sysdba secret@host", text_place::subscriber, "sysdba ***@host"},
         {"sysdba@host:5236", text_place::subscriber, "sysdba@host:5236"},
         {"host:5236", text_place::subscriber, "host:5236"},
         {"sysdba:secret@host", text_place::other, "sysdba:***@host"},
@@ -39,6 +40,39 @@ TEST(password, is_hidden_wherever_a_message_quotes_it) {
     EXPECT_EQ(passwords.hide("Instance SE@CR cannot be found"), "Instance *** cannot be found");
     EXPECT_EQ(passwords.hide("value k\\x07y-LONG@host"), "value ***@host");
     EXPECT_EQ(passwords.hide("INST_A and INST_B, abcd, x_abc"), "INST_A and INST_B, abcd, x_abc");
+}
+
+TEST(visible, escapes_what_could_steer_a_terminal) {
+    struct row {
+        const char* text;
+        const char* shown;
+    };
+    constexpr row rows[] = {
+        {"plain \xc3\xa4 \xe4\xb8\xad \xf0\x9f\x98\x80",
+         "plain \xc3\xa4 \xe4\xb8\xad \xf0\x9f\x98\x80"},
+        {"\x1b[2J\x7f", "\\x1b[2J\\x7f"},
+        {"\xc2\x9b", "\\xc2\\x9b"},
+        {"a\xe2\x80\xae"
+         "b",
+         "a\\xe2\\x80\\xaeb"},
+        {"\xe2\x81\xa6\xe2\x80\x8f\xd8\x9c", "\\xe2\\x81\\xa6\\xe2\\x80\\x8f\\xd8\\x9c"},
+        {"\x9b\xff", "\\x9b\\xff"},
+        {"\xc0\x80\xed\xa0\x80", "\\xc0\\x80\\xed\\xa0\\x80"},
+        {"\xe4\xb8", "\\xe4\\xb8"},
+        {"\xf4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"},
+    };
+    for (const row& one : rows)
+        EXPECT_EQ(visible(one.text), one.shown);
+}
+
+TEST(shell_word, is_quoted_where_a_shell_would_take_it_apart) {
+    EXPECT_EQ(shell_word("db/node-1"), "db/node-1");
+    EXPECT_EQ(shell_word("my db"), "'my db'");
+    EXPECT_EQ(shell_word("it's"), "'it'\\''s'");
+    EXPECT_EQ(shell_word("-db"), "./-db");
+    EXPECT_EQ(shell_word("- d"), "'./- d'");
+    EXPECT_EQ(shell_word("#65534"), "'#65534'");
+    EXPECT_EQ(shell_word(""), "''");
 }
 
 TEST(names, that_are_close_are_suggested) {

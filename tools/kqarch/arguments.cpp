@@ -39,7 +39,10 @@ std::string without_passwords(const std::string& text, int count, char** words) 
         std::string word = words[i];
         size_t value = word.find('=') + 1;
         bool is_dest = upper_case(word.substr(0, value)).find("DEST") != word.npos;
-        passwords.learn(word.substr(value), is_dest ? text_place::subscriber : text_place::other);
+        bool is_path = value == 0 && (word.starts_with('/') || word.starts_with('.'));
+        passwords.learn(word.substr(value), is_dest || (value == 0 && !is_path)
+                                                ? text_place::subscriber
+                                                : text_place::other);
     }
     return passwords.hide(text);
 }

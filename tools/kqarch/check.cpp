@@ -7,6 +7,7 @@
 #include "catalogue.h"
 #include "config_file.h"
 #include "counts.h"
+#include "doubts.h"
 #include "instance.h"
 #include "loading.h"
 #include "osfile.h"
@@ -58,9 +59,13 @@ class checker {
             found.status == exit_failed ? outcome::not_checked : outcome::would_not_start;
     }
 
-    void refuse(const std::vector<diagnostic>& found, kqcode_t code) {
+    void report(const std::vector<diagnostic>& found) {
         for (const diagnostic& one : found)
             out_.report(one);
+    }
+
+    void refuse(const std::vector<diagnostic>& found, kqcode_t code) {
+        report(found);
         verdict_.code = code;
         verdict_.result = outcome::would_not_start;
     }
@@ -74,6 +79,8 @@ class checker {
         std::vector<diagnostic> refused = load(file_);
         if (!refused.empty()) return refuse(refused, refused.front().code);
         check_rules();
+        report(doubts_of_lines(file_));
+        report(doubts_of_rights(instance_));
     }
 
     bool check_absent_config() {
@@ -93,11 +100,13 @@ class checker {
 
     void check_rules() {
         std::vector<missing_directory> missing = missing_directories();
+        std::vector<diagnostic> doubts = doubts_of_registry(instance_, file_);
         validation result = validate(file_, options_.rules);
         if (result.code < 0) refuse(result.failures, result.code);
         for (const missing_directory& one : missing)
             note_missing(one, result.failures);
         warn(result.log_warnings);
+        report(doubts);
         if (result.code == 0) verdict_.counts = counts_of_registry();
     }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <initializer_list>
 
 #include "catalogue.h"
 #include "diff.h"
@@ -26,6 +27,14 @@ std::string trimmed(const std::string& text) {
 
 bool is_comment(const std::string& line) {
     return line.starts_with('#') || line.starts_with(';');
+}
+
+// A path or a connection text, or something that is said to be a password.
+bool may_hold_password(const std::string& comment) {
+    if (comment.find_first_of("/@") != comment.npos) return true;
+    std::string upper = upper_case(comment);
+    return std::ranges::any_of(std::initializer_list<const char*>{"PASS", "PW", "SECRET"},
+                               [&](const char* word) { return upper.find(word) != upper.npos; });
 }
 
 bool is_never_written(const config_line& line) {
@@ -54,10 +63,14 @@ std::vector<lost_line> difference::lost() const {
         else
             lost.push_back({static_cast<ulint>(i + 1), "the comment: " + shown_comment(line)});
     }
-    for (const config_line& line : before_.lines())
+    for (const config_line& line : before_.lines()) {
         if (is_never_written(line))
             lost.push_back(
                 {line.number, upper_case(line.key) + " = " + passwords_.hide(visible(line.value))});
+        else if (line.kind == KQ_INI_SECTION && before_.key_line(line.key, "ARCH_TYPE") == 0)
+            lost.push_back({line.number, "the section [" + passwords_.hide(visible(line.key)) +
+                                             "], which has no ARCH_TYPE"});
+    }
     std::sort(lost.begin(), lost.end(),
               [](const lost_line& left, const lost_line& right) { return left.line < right.line; });
     return lost;
@@ -96,14 +109,9 @@ void difference::print(const std::string& name_of_after, output& out) const {
     out.set("diff", documents);
 }
 
-// A setting that was commented out may hold a password that stands nowhere else.
+// A comment is free text: where it could hold a password at all, none of it is shown.
 std::string difference::shown_comment(const std::string& line) const {
-    size_t value = line.find('=') + 1;  // 0 without one
-    bool connection = value > 0 && upper_case(line).find("ARCH_DEST") < value &&
-                      !trimmed(line.substr(value)).starts_with('/');
-    text_place place = connection ? text_place::subscriber : text_place::other;
-    return passwords_.hide(visible(line.substr(0, value)) +
-                           hide_password(visible(line.substr(value)), place));
+    return may_hold_password(line) ? "# ***" : passwords_.hide(visible(line));
 }
 
 // Only texts can hold a password: a number that happens to be one stays.

@@ -6,6 +6,7 @@
 
 #include "catalogue.h"
 #include "ini.h"
+#include "password.h"
 #include "text.h"
 
 namespace {
@@ -211,11 +212,15 @@ std::vector<std::string> every_name() {
 }  // namespace
 
 exit_status run_explain(output& out, const std::string& topic) {
-    out.set("topic", topic.empty() ? json() : json(visible(topic)));
+    // No topic has a "/": what follows one may be a password that was pasted.
+    std::string shown = hide_password(topic, text_place::subscriber);
+    out.set("topic", topic.empty() ? json() : json(visible(shown)));
     for (const char* field : {"codes", "keys", "types"})
         out.set(field, json::array());
     if (topic.empty()) {
         list_all(out);
+    } else if (topic == "0") {
+        out.print("0 is success; every other result is below 0.\n");
     } else if (const code_entry* code = code_of(topic)) {
         explain_one(out, "codes", *code);
     } else if (const key_entry* key = find_key(topic)) {
@@ -225,7 +230,7 @@ exit_status run_explain(output& out, const std::string& topic) {
     } else {
         std::string meant = did_you_mean(topic, every_name());
         if (meant.empty()) meant = "\"kqarch explain\" alone lists every code, key and type.";
-        return out.fail(exit_refused, "nothing is known about \"" + topic + "\"", "", meant);
+        return out.fail(exit_refused, "nothing is known about \"" + shown + "\"", "", meant);
     }
     return exit_good;
 }

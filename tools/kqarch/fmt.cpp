@@ -1,7 +1,6 @@
 #include "fmt.h"
 
 #include "capture.h"
-#include "catalogue.h"
 #include "config_file.h"
 #include "difference.h"
 #include "instance.h"
@@ -92,7 +91,8 @@ class rewriter {
             out_.report({.file = file_.path(),
                          .code = code,
                          .text = "the text is longer than the server can write",
-                         .hint = find_code(code)->remedy});
+                         .hint = "Remove destinations: the server could not write this file "
+                                 "after a change either."});
         return code >= 0;
     }
 

@@ -56,6 +56,9 @@ constexpr hint_row hint_rows[] = {
     {"names no DEST", "Add DEST= with a directory, instance names or a connection text."},
     {"names no INCOMING_PATH", "Add INCOMING_PATH= with the directory for its archives."},
     {"Invalid ARCH_TYPE", "Add ARCH_TYPE as the first line of the section."},
+    {"the address is this instance itself",
+     "Name another server: this one is on this machine, with the port of PORT_NUM in kq.ini."},
+    {"no @ and no server", "Write user/password@server."},
     {"no service of that name",
      "Name localhost, host:port, or a service of kqsvc.ini (SVC_INI = 1 in kq.ini switches it "
      "on)."},

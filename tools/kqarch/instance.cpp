@@ -4,17 +4,22 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 
 #include "capture.h"
 #include "hints.h"
 #include "ini.h"
 #include "kq_instance.h"
 #include "osfile.h"
+#include "password.h"
 #include "text.h"
 
 namespace {
+
+namespace fs = std::filesystem;
 
 constexpr const char* cannot_be_read = "cannot be read";
 
@@ -40,6 +45,58 @@ diagnostic parse_complaint(const std::string& said, const std::string& default_f
     return found;
 }
 
+// A line of kqarch.ini in the wrong file may bring its password along. No key has a "/".
+std::string hide_in_complaint(const std::string& text) {
+    bool names_key = text.starts_with("unknown key ");
+    return hide_password(text, names_key ? text_place::subscriber : text_place::other);
+}
+
+// The switches of kq.ini that make the server read a file.
+struct switched_file {
+    const char* name;
+    const char* key;
+};
+
+constexpr switched_file switched_files[] = {
+    {"kqmal.ini", "MAL_INI"},
+    {"kqtimer.ini", "TIMER_INI"},
+    {"kqsvc.ini", "SVC_INI"},
+    {"kqdcr.ini", "DCR_INI"},
+};
+
+// The instance directories in a directory that is none itself: a group.
+std::vector<std::string> instances_in(const fs::path& directory) {
+    std::vector<std::string> found;
+    std::error_code error;
+    for (const fs::directory_entry& entry : fs::directory_iterator(directory, error))
+        if (fs::exists(entry.path() / "kq.ini", error)) found.push_back(entry.path());
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+std::string hint_for_missing(const std::string& path, int reason) {
+    fs::path file = path;
+    std::error_code error;
+    if (reason == ELOOP) return "The symbolic link leads back to itself: put a file in its place.";
+    if (reason != ENOENT) return "";
+    if (fs::is_symlink(file, error))
+        return "The symbolic link leads to nothing; the server does not start with it.";
+    for (const switched_file& one : switched_files)
+        if (file.filename() == one.name)
+            return std::string(one.key) + " in kq.ini is 1: write the file, or set " + one.key +
+                   " = 0.";
+    if (file.filename() != "kq.ini") return "";
+    std::vector<std::string> instances = instances_in(file.parent_path());
+    return instances.empty()
+               ? "Give the directory of an instance, which holds kq.ini; `kqarch init` writes one."
+               : "Give an instance of the group: " + join(instances, ", ") + ".";
+}
+
+// What is given in the place of a directory may be a connection text.
+bool looks_like_connection(const std::string& text) {
+    return !text.starts_with('/') && !text.starts_with('.') && text.find('@') != text.npos;
+}
+
 }  // namespace
 
 exit_status status_of(kqcode_t code) {
@@ -55,22 +112,27 @@ problem unreadable(const std::string& path, kqcode_t code) {
         found.text = "there is no memory to read it";
     } else if (stat(path.c_str(), &status) != 0) {
         found.text = std::string(cannot_be_read) + ": " + std::strerror(errno);
+        found.hint = hint_for_missing(path, errno);
     } else if (!S_ISREG(status.st_mode)) {
         found.text = "is no regular file";
+        found.hint = "Put a regular file in its place: the server does not start with this one.";
     } else {
         bool readable = faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) == 0;
         found.text = cannot_be_read + (readable ? "" : std::string(": ") + std::strerror(errno));
     }
-    found.hint = hint_for(code, "");
+    if (found.hint.empty()) found.hint = hint_for(code, "");
     return {exit_failed, found};
 }
 
 instance::instance(const std::string& directory) : directory_(without_end_slashes(directory)) {
     failure_ = why_not_openable();
+    if (failure_ && looks_like_connection(directory_))
+        directory_ = failure_->found.file = hide_password(directory_, text_place::other);
     if (failure_) return;
     captured opening = capture([this] { return kq_instance_open(directory_.c_str()); });
     if (opening.code < 0) {
         diagnostic found = parse_complaint(opening.said, file("kq.ini"));
+        found.text = hide_in_complaint(found.text);
         found.code = opening.code;
         found.hint = "Correct the line: the server reads no further.";
         failure_ = problem{status_of(opening.code), found};

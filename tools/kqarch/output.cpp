@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "catalogue.h"
 #include "text.h"
@@ -13,6 +14,7 @@
 namespace {
 
 constexpr int schema_version = 1;
+constexpr size_t most_of_a_file = 100;
 
 const char* name_of(severity level) {
     if (level == severity::error) return "error";
@@ -74,7 +76,6 @@ void write_line(const diagnostic& found) {
                     STDERR_FILENO);
     line += ": " + visible(found.text) + "\n";
     if (!found.hint.empty()) line += "  hint: " + visible(found.hint) + "\n";
-    std::fflush(stdout);
     std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
@@ -89,7 +90,14 @@ output::output(std::string command, bool as_json)
     : command_(std::move(command)), as_json_(as_json) {}
 
 void output::print(std::string_view text) {
-    if (!as_json_) std::fwrite(text.data(), 1, text.size(), stdout);
+    if (!as_json_) write(text);
+}
+
+// Written at once: later its reason would not be known.
+void output::write(std::string_view text) {
+    bool written =
+        std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
+    if (!written && write_error_ == 0) write_error_ = errno;
 }
 
 void output::print_heading(std::string_view text) {
@@ -105,6 +113,7 @@ void output::set(const std::string& field, nlohmann::ordered_json value) {
 }
 
 void output::report(const diagnostic& found) {
+    if (++reported_[found.file] > most_of_a_file) return;
     if (as_json_) {
         diagnostics_.push_back(as_document(found));
     } else {
@@ -126,12 +135,24 @@ void output::write_document(exit_status status) {
     // A text of the file need not be UTF-8; the document always is.
     std::string text =
         document.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
-    std::fwrite(text.data(), 1, text.size(), stdout);
+    write(text);
+}
+
+// A file that is none of its kind has a problem in every line.
+void output::report_left_out() {
+    for (const auto& [file, count] : std::exchange(reported_, {}))
+        if (count > most_of_a_file)
+            report({.level = severity::note,
+                    .file = file,
+                    .text = std::to_string(count - most_of_a_file) + " more are not shown"});
 }
 
 int output::finish(exit_status status) {
+    report_left_out();
     if (as_json_) write_document(status);
-    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
-    std::fprintf(stderr, "kqarch: error: standard output: %s\n", std::strerror(errno));
+    if (write_error_ == 0) return status;
+    // A reader that has seen enough, `head` say, has closed the pipe on purpose.
+    if (write_error_ != EPIPE)
+        std::fprintf(stderr, "kqarch: error: standard output: %s\n", std::strerror(write_error_));
     return exit_failed;
 }

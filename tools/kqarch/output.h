@@ -13,6 +13,7 @@
 #ifndef KQARCH_OUTPUT_H
 #define KQARCH_OUTPUT_H
 
+#include <map>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
@@ -64,6 +65,7 @@ class output {
     // A field of the JSON document; nothing without --json.
     void set(const std::string& field, nlohmann::ordered_json value);
 
+    // Of one file the first hundred are told, and then how many more there are.
     void report(const diagnostic& found);
 
     // Reports an error that belongs to no line and no code, and returns `status`.
@@ -75,10 +77,14 @@ class output {
     int finish(exit_status status);
 
   private:
+    void write(std::string_view text);
+    void report_left_out();
     void write_document(exit_status status);
 
     std::string command_;
     bool as_json_;
+    std::map<std::string, size_t> reported_;  // of each file
+    int write_error_ = 0;                     // errno of the first write that failed
     nlohmann::ordered_json fields_ = nlohmann::ordered_json::object();
     nlohmann::ordered_json diagnostics_ = nlohmann::ordered_json::array();
 };

@@ -19,8 +19,8 @@ bool begins_like_a_path(std::string_view text) {
     return text.starts_with('/') || text.starts_with('+') || text.starts_with("dfs:");
 }
 
-// The server is what follows the last "@"; user and password are split at the first "/". A ":" is
-// the separator that people use by mistake.
+// The server is what follows the last "@"; user and password are split at the first "/". A ":" or,
+// in a connection text, a blank are the separators that people use by mistake.
 span find_password(std::string_view text, text_place place) {
     constexpr span none{0, 0};
     if (place == text_place::path && begins_like_a_path(text)) return none;
@@ -28,7 +28,8 @@ span find_password(std::string_view text, text_place place) {
     bool has_server = end != text.npos;
     if (!has_server && place != text_place::subscriber) return none;
     if (!has_server) end = text.size();
-    size_t begin = text.substr(0, end).find_first_of(has_server ? "/:" : "/");
+    const char* separators = !has_server ? "/" : place == text_place::subscriber ? "/: \t" : "/:";
+    size_t begin = text.substr(0, end).find_first_of(separators);
     return begin == text.npos ? none : span{begin + 1, end};
 }
 

@@ -75,10 +75,27 @@ std::string destination_text(const refusal& refused) {
     if (type_of(refused) != ARCH_TYPE_SUBSCRIBE) return "";
     if (refused.code == ARCH_E_INVALID_DEST)
         return refused.line.value.empty() ? "the value is empty"
-                                          : "kqsvc.ini has no service of that name";
+               : refused.line.value.find('@') == std::string::npos &&
+                       refused.line.value.find('/') != std::string::npos
+                   ? "no @ and no server stand behind the password"
+                   : "there is no service of that name";
     if (refused.code == ARCH_E_INVALID_VALUE) return "the value is no [user[/password]@]server";
     if (refused.code == ARCH_E_DEST_IS_SELF) return "the address is this instance itself";
     return "";
+}
+
+// What begins like a number is shown; what else stands in its place may be anything.
+std::string number_text(const key_entry& entry, const std::string& value) {
+    std::string text = std::string("the value of ") + entry.name;
+    if (value.empty()) return text + " is empty";
+    constexpr const char* digits = "0123456789";
+    if (value.find_first_not_of(digits) == value.npos)
+        return text + ", " + value + ", is too large";
+    if (value[0] == '-' && value.find_first_not_of(digits, 1) == value.npos)
+        return text + ", " + value + ", is negative";
+    bool number = value.find_first_of(digits) <= 1 && value.find_first_not_of("0123456789+-") != 0;
+    bool harmless = number && value.find_first_of("/@:") == value.npos;
+    return text + (harmless ? ", " + value + "," : "") + " is no whole number";
 }
 
 std::string value_text(const refusal& refused) {
@@ -91,8 +108,7 @@ std::string value_text(const refusal& refused) {
     if (is_key(refused, "ARCH_TYPE")) return "there is no archive type " + refused.line.value;
     if (is_key(refused, "ARCH_TIMER_NAME") && refused.line.value.empty())
         return "the timer of an ASYNC destination is not named";
-    // The value is not shown: what stands where a number belongs may be anything.
-    if (!entry->is_text) return std::string("the value of ") + entry->name + " is no whole number";
+    if (!entry->is_text) return number_text(*entry, refused.line.value);
     return is_key(refused, "ARCH_DEST") || is_key(refused, "ARCH_INCOMING_PATH")
                ? destination_text(refused)
                : "";
@@ -117,17 +133,30 @@ std::string bounds_hint(const key_entry& entry) {
     return hint + (*entry.rule != '\0' ? std::string(". ") + entry.rule : ".");
 }
 
+// An editor's choice of encoding makes good lines bad.
+std::string encoding_hint(const config_file& file, ulint line) {
+    const std::string& text = file.text();
+    if (text.starts_with("\xff\xfe") || text.starts_with("\xfe\xff"))
+        return "The file is UTF-16: save it as UTF-8 without a byte order mark.";
+    if (text.starts_with("\xef\xbb\xbf") && line == 1)
+        return "The file begins with a byte order mark: save it without one.";
+    return "";
+}
+
 std::string hint_of(const refusal& refused, const std::string& text) {
     const key_entry* entry = entry_of(refused);
     std::string hint;
-    if (refused.line.kind == KQ_INI_BAD)
+    if (refused.code == ARCH_E_NO_SECTION)
+        hint = "Put the [name] line of the destination that the key belongs to above it.";
+    else if (refused.line.kind == KQ_INI_BAD)
         hint = "Write `key = value` or `[section]`, or put # before a comment.";
     else if (refused.line.kind == KQ_INI_KEY && entry == nullptr)
         hint = did_you_mean(refused.line.key, key_names());
     else if (is_key(refused, "ARCH_TYPE"))
         hint = did_you_mean(refused.line.value, type_names());
     else if (entry != nullptr && !entry->is_text && refused.code == ARCH_E_INVALID_VALUE)
-        hint = bounds_hint(*entry);
+        hint = bounds_hint(*entry) +
+               (refused.said.empty() ? " Digits alone: no sign, unit or comment behind." : "");
     if (!hint.empty()) return hint;
     if (is_key(refused, "ARCH_TYPE")) return "The types are " + join(type_names(), ", ") + ".";
     return hint_for(refused.code, text);
@@ -139,6 +168,7 @@ diagnostic describe(const refusal& refused, const config_file& file) {
     const password_list& passwords = file.passwords();
     bool is_value = refused.line.kind == KQ_INI_KEY;
     std::string text = text_of(refused, file);
+    std::string encoding = encoding_hint(file, refused.line.number);
     return {.level = severity::error,
             .file = file.path(),
             .line = refused.line.number,
@@ -146,5 +176,5 @@ diagnostic describe(const refusal& refused, const config_file& file) {
             .section = passwords.hide(refused.line.section),
             .key = is_value ? passwords.hide(refused.line.key) : "",
             .text = passwords.hide(text),
-            .hint = hint_of(refused, text)};
+            .hint = encoding.empty() ? hint_of(refused, text) : encoding};
 }

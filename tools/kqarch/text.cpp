@@ -30,20 +30,75 @@ size_t distance_between(std::string_view from, std::string_view to) {
     return last.back();
 }
 
+struct character {
+    char32_t code;
+    size_t length;
+};
+
+constexpr char32_t no_character = 0;  // steers, as what is no UTF-8 may
+
+// The bytes of UTF-8 that begin with `first`; 0 when none may.
+size_t length_of(unsigned char first) {
+    if (first < 0x80) return 1;
+    if (first >= 0xc2 && first <= 0xdf) return 2;
+    if (first >= 0xe0 && first <= 0xef) return 3;
+    return first >= 0xf0 && first <= 0xf4 ? 4 : 0;
+}
+
+// The first character of a text that is not empty; a byte that is no UTF-8 stands for itself.
+character first_character(std::string_view text) {
+    constexpr char32_t least[] = {0, 0, 0x80, 0x800, 0x10000};
+    auto first = static_cast<unsigned char>(text[0]);
+    size_t length = length_of(first);
+    if (length <= 1) return {length == 1 ? first : no_character, 1};
+    if (length > text.size()) return {no_character, 1};
+    char32_t code = first & (0xffU >> (length + 1));
+    for (char letter : text.substr(1, length - 1)) {
+        if ((letter & '\xc0') != '\x80') return {no_character, 1};
+        code = code << 6 | (static_cast<unsigned char>(letter) & 0x3fU);
+    }
+    bool surrogate = code >= 0xd800 && code <= 0xdfff;
+    if (code < least[length] || surrogate || code > 0x10ffff) return {no_character, 1};
+    return {code, length};
+}
+
+// Control characters, line separators, and those that turn the direction of the text around them.
+bool steers(char32_t code) {
+    return code < 0x20 || (code >= 0x7f && code <= 0x9f) || code == 0x61c || code == 0x200e ||
+           code == 0x200f || (code >= 0x2028 && code <= 0x202e) ||
+           (code >= 0x2066 && code <= 0x2069);
+}
+
 }  // namespace
 
 std::string visible(std::string_view text) {
     static constexpr char digits[] = "0123456789abcdef";
     std::string shown;
-    for (char letter : text) {
-        auto value = static_cast<unsigned char>(letter);
-        if (value >= 0x20 && value != 0x7f) {
-            shown += letter;
-        } else {
-            shown += {'\\', 'x', digits[value >> 4], digits[value & 15]};
+    while (!text.empty()) {
+        auto [code, length] = first_character(text);
+        bool shows = !steers(code);
+        for (char letter : text.substr(0, length)) {
+            auto value = static_cast<unsigned char>(letter);
+            if (shows)
+                shown += letter;
+            else
+                shown += {'\\', 'x', digits[value >> 4], digits[value & 15]};
         }
+        text.remove_prefix(length);
     }
     return shown;
+}
+
+std::string shell_word(std::string_view text) {
+    constexpr std::string_view plain =
+        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_./-+:,@%=";
+    bool is_plain = !text.empty() && text.find_first_not_of(plain) == text.npos;
+    std::string word(text.starts_with('-') ? "./" : "");
+    word += text;
+    if (is_plain) return word;
+    for (size_t at = word.find('\''); at != word.npos; at = word.find('\'', at + 4))
+        word.replace(at, 1, "'\\''");
+    return "'" + word + "'";
 }
 
 std::string join(const std::vector<std::string>& pieces, std::string_view separator) {

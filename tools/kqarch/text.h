@@ -7,9 +7,12 @@
 #include <string_view>
 #include <vector>
 
-// The text with every control character shown as \xNN, so that it keeps to one line and cannot
-// steer a terminal.
+// The text with every control character, every one that turns the direction of writing and every
+// byte that is no UTF-8 shown as \xNN: it keeps to one line and cannot steer a terminal.
 std::string visible(std::string_view text);
+
+// The text as one word of a shell's command line, in quotes only where it needs them.
+std::string shell_word(std::string_view text);
 
 std::string join(const std::vector<std::string>& pieces, std::string_view separator);
 

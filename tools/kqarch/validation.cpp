@@ -4,8 +4,10 @@
 
 #include "capture.h"
 #include "catalogue.h"
+#include "directory_fault.h"
 #include "hints.h"
 #include "instance.h"
+#include "osfile.h"
 #include "placement.h"
 #include "text.h"
 
@@ -24,6 +26,16 @@ diagnostic describe_failure(const captured& result, const placement& place,
             .key = place.key,
             .text = passwords.hide(text),
             .hint = hint_for(result.code, text)};
+}
+
+// What to do, where the destination tells more than the message.
+std::string cause_in(const arch_cfg_t& arch, const captured& result) {
+    if (arch.type == ARCH_TYPE_NONE)
+        return "Add ARCH_TYPE as the section's first line, and then what the type needs; `kqarch "
+               "explain` lists the types.";
+    if (result.code == ARCH_E_OUT_OF_SPACE) return hint_for_space(arch.dest);
+    bool unusable = result.said.find("directory privilege") != result.said.npos;
+    return unusable ? hint_for_directory(arch.dest) : "";
 }
 
 struct failed_destination {
@@ -50,8 +62,11 @@ std::vector<diagnostic> every_failure(const captured& whole, const config_file& 
     bool whole_is_new = true;
     for (const failed_destination& failed : failed_destinations(options)) {
         const captured& result = failed.result;
-        failures.push_back(
-            describe_failure(result, place_in(*failed.arch, result.said, file), file));
+        diagnostic failure =
+            describe_failure(result, place_in(*failed.arch, result.said, file), file);
+        std::string cause = cause_in(*failed.arch, result);
+        if (!cause.empty()) failure.hint = file.passwords().hide(cause);
+        failures.push_back(std::move(failure));
         if (result.code == whole.code && result.said == whole.said) whole_is_new = false;
     }
     if (whole_is_new)
@@ -67,6 +82,9 @@ validation validate(const config_file& file, const validation_options& options) 
         capture_with_log([&] { return arch_cfg_sys_validate(options.timers, options.asm_paths); });
     validation result{
         .code = std::min(whole.code, 0), .failures = {}, .log_warnings = std::move(whole.warnings)};
-    if (whole.code < 0) result.failures = every_failure(whole, file, options);
+    if (whole.code >= 0) return result;
+    // A server that refuses looks no further: what is only asked to tell more changes nothing.
+    os_set_dry_run(1);
+    result.failures = every_failure(whole, file, options);
     return result;
 }

@@ -22,6 +22,7 @@ struct validation {
     std::vector<std::string> log_warnings;  // the texts that were logged at level 3
 };
 
+// After a failure the dry run stays on: it is the caller who ends it.
 validation validate(const config_file& file, const validation_options& options)
     KQ_EXCLUDES(arch_cfg_sys.mutex);
 

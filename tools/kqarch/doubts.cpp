@@ -1,0 +1,117 @@
+#include "doubts.h"
+
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <map>
+#include <utility>
+
+#include "catalogue.h"
+#include "text.h"
+
+namespace {
+
+std::string user_name(uid_t user) {
+    const struct passwd* entry = getpwuid(user);
+    return entry != nullptr ? entry->pw_name : "#" + std::to_string(user);
+}
+
+diagnostic warning_at(const std::string& file, ulint line, std::string text, std::string hint) {
+    return {.level = severity::warning,
+            .file = file,
+            .line = line,
+            .text = std::move(text),
+            .hint = std::move(hint)};
+}
+
+// The section whose key a line sets; a global key is one wherever it stands.
+ulint home_of(const config_line& line) {
+    const key_entry* entry = find_key(line.key);
+    return entry != nullptr && entry->scope == key_scope::global ? 0 : line.section_line;
+}
+
+bool is_relative(const std::string& path) {
+    return !path.empty() && !path.starts_with('/') && !path.starts_with('+') &&
+           !path.starts_with("dfs:");
+}
+
+diagnostic doubt_of_path(const arch_cfg_t& arch, const config_file& file) {
+    std::error_code error;
+    std::string whole = std::filesystem::absolute(arch.dest, error);
+    bool quoted = arch.dest[0] == '"' || arch.dest[0] == '\'';
+    bool incoming = arch.type == ARCH_TYPE_REMOTE;
+    const char* key = incoming ? "ARCH_INCOMING_PATH" : "ARCH_DEST";
+    diagnostic doubt = warning_at(
+        file.path(), file.key_line(arch.name, key),
+        file.passwords().hide(std::string(key) + " " + arch.dest +
+                              " is relative to the directory that the server is started in; from "
+                              "here it is " +
+                              whole),
+        quoted ? "Remove the quotes: they belong to the name."
+               : "Write the whole path, from / on.");
+    doubt.section = file.passwords().hide(arch.name);
+    doubt.key = key;
+    return doubt;
+}
+
+}  // namespace
+
+std::vector<diagnostic> doubts_of_rights(const instance& open) {
+    std::vector<diagnostic> doubts;
+    struct stat status {};
+    std::string path = open.config_file();
+    bool exists = stat(path.c_str(), &status) == 0;
+    if (exists && status.st_uid != 0 && (status.st_mode & S_IWUSR) == 0)
+        doubts.push_back(warning_at(path, 0, "may not be written by its owner",
+                                    "Let the server's user write it: online changes fail."));
+    if (!exists) path = open.file("kq.ini");
+    if (!exists && stat(path.c_str(), &status) != 0) return doubts;
+    if (status.st_uid == geteuid()) return doubts;
+    std::string owner = user_name(status.st_uid);
+    doubts.push_back(warning_at(path, 0,
+                                "belongs to " + owner +
+                                    ", but files and directories were tested with the "
+                                    "rights of " +
+                                    user_name(geteuid()),
+                                "If the server runs as " + owner +
+                                    ", check as that user: `sudo -u " + shell_word(owner) +
+                                    " kqarch check " + shell_word(open.directory()) + "`."));
+    return doubts;
+}
+
+std::vector<diagnostic> doubts_of_lines(const config_file& file) {
+    std::vector<diagnostic> doubts;
+    std::map<std::pair<ulint, std::string>, ulint> seen;
+    for (const config_line& line : file.lines()) {
+        if (line.kind != KQ_INI_KEY) continue;
+        std::string key = upper_case(line.key);
+        ulint& before = seen[{home_of(line), key}];
+        if (before != 0) {
+            doubts.push_back(warning_at(
+                file.path(), line.number,
+                key + " stands already at line " + std::to_string(before) + "; this one counts",
+                "Remove one of the two lines."));
+            doubts.back().section = file.passwords().hide(line.section);
+            doubts.back().key = key;
+        }
+        before = line.number;
+    }
+    return doubts;
+}
+
+std::vector<diagnostic> doubts_of_registry(const instance& open, const config_file& file) {
+    registry_hold hold;
+    std::vector<diagnostic> doubts;
+    if (arch_cfg_sys.arch_lst.start == nullptr)
+        doubts.push_back(warning_at(open.config_file(), 0,
+                                    "archiving is on, and there is no destination: nothing is "
+                                    "archived",
+                                    "Add a LOCAL destination, or set ARCH_FLAG = 0 in kq.ini."));
+    for (const arch_cfg_t* arch = arch_cfg_sys.arch_lst.start; arch; arch = arch->link.next)
+        if ((arch->type == ARCH_TYPE_LOCAL || arch->type == ARCH_TYPE_REMOTE) &&
+            is_relative(arch->dest))
+            doubts.push_back(doubt_of_path(*arch, file));
+    return doubts;
+}
