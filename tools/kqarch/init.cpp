@@ -4,7 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <optional>
@@ -28,8 +30,17 @@ struct failure {
     std::string hint = {};
 };
 
-failure could_not(const std::string& file, const std::string& why) {
-    return {exit_failed, file, why};
+std::string hint_for_errno(int reason) {
+    if (reason == EACCES || reason == EPERM)
+        return "Choose a directory whose parent you may write in; nothing was written.";
+    if (reason == ENOSPC || reason == EDQUOT) return "Free some space; nothing was written.";
+    if (reason == EROFS) return "Choose a directory on a file system that is mounted for writing.";
+    if (reason == ENOTDIR) return "Choose a path that leads through directories only.";
+    return "";
+}
+
+failure could_not(const std::string& file, int reason) {
+    return {exit_failed, file, std::strerror(reason), hint_for_errno(reason)};
 }
 
 bool write_all(int file, const std::string& text) {
@@ -41,6 +52,24 @@ bool write_all(int file, const std::string& text) {
     }
     return true;
 }
+
+// An interrupted run would leave a part of a group behind: signals wait until it stands.
+class held_signals {
+  public:
+    held_signals() {
+        sigset_t ends;
+        sigemptyset(&ends);
+        for (int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
+            sigaddset(&ends, number);
+        sigprocmask(SIG_BLOCK, &ends, &before_);
+    }
+    ~held_signals() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+    held_signals(const held_signals&) = delete;
+    held_signals& operator=(const held_signals&) = delete;
+
+  private:
+    sigset_t before_;
+};
 
 class initialiser {
   public:
@@ -58,36 +87,50 @@ class initialiser {
     std::optional<failure> make() {
         std::error_code error;
         root_ = fs::weakly_canonical(fs::absolute(options_.directory, error), error);
-        if (error) return could_not(options_.directory, error.message());
+        if (error) return could_not(options_.directory, error.value());
         while (root_.size() > 1 && root_.back() == '/')
             root_.pop_back();
         if (std::optional<failure> bad = why_unfit()) return bad;
         if (std::optional<failure> failed = make_directory(root_)) return failed;
         plan_ = plan_init(options_.kind, root_ == "/" ? "" : root_);
         for (const std::string& directory : plan_.directories)
-            if (std::optional<failure> failed = make_directory(root_ + "/" + directory))
-                return failed;
+            if (mkdir((root_ + "/" + directory).c_str(), 0750) == 0)
+                made_.push_back(root_ + "/" + directory);
+            else
+                return not_made(root_ + "/" + directory);
         for (const planned_file& file : plan_.files)
             if (std::optional<failure> failed = write_file(file)) return failed;
         return std::nullopt;
     }
 
     std::optional<failure> why_unfit() const {
-        if (is_valid_pathname(root_.c_str(), 0) == 0 || root_.size() > longest_directory)
+        if (root_.size() > longest_directory)
             return failure{exit_refused, options_.directory,
-                           "its path has a control character, or more than " +
-                               std::to_string(longest_directory) +
-                               " characters: the paths of archive files would not be valid"};
+                           "its path has " + std::to_string(root_.size()) +
+                               " characters, more than " + std::to_string(longest_directory) +
+                               ": the paths of archive files would be too long"};
+        if (is_valid_pathname(root_.c_str(), 0) == 0)
+            return failure{exit_refused, options_.directory,
+                           "its path has a control character: paths of archive files may not"};
         std::error_code error;
         fs::file_status status = fs::status(root_, error);
         if (status.type() == fs::file_type::not_found) return std::nullopt;
         if (!fs::is_directory(status))
-            return could_not(options_.directory, error ? error.message() : "is no directory");
+            return could_not(options_.directory, error ? error.value() : ENOTDIR);
         bool empty = fs::is_empty(root_, error);
-        if (error) return could_not(options_.directory, error.message());
+        if (error) return could_not(options_.directory, error.value());
         if (empty) return std::nullopt;
-        return failure{exit_refused, options_.directory, "is not empty",
-                       "Give a new directory; nothing was written."};
+        return not_empty();
+    }
+
+    failure not_empty() const {
+        return {exit_refused, options_.directory, "is not empty",
+                "Give a new directory; nothing was written."};
+    }
+
+    // By errno. What exists now did not a moment ago: somebody else fills the directory.
+    failure not_made(const std::string& path) const {
+        return errno == EEXIST ? not_empty() : could_not(path, errno);
     }
 
     std::optional<failure> make_directory(const std::string& path) {
@@ -97,7 +140,7 @@ class initialiser {
         if (mkdir(path.c_str(), 0750) == 0)
             made_.push_back(path);
         else if (errno != EEXIST)
-            return could_not(path, std::strerror(errno));
+            return could_not(path, errno);
         return std::nullopt;
     }
 
@@ -105,13 +148,13 @@ class initialiser {
         std::string path = root_ + "/" + planned.path;
         int file =
             open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, planned.mode);
-        if (file < 0) return could_not(path, std::strerror(errno));
+        if (file < 0) return not_made(path);
         made_.push_back(path);
         bool written = write_all(file, planned.text) && fsync(file) == 0;
         int reason = errno;
         bool closed = close(file) == 0;
         if (written && closed) return std::nullopt;
-        return could_not(path, std::strerror(written ? errno : reason));
+        return could_not(path, written ? errno : reason);
     }
 
     std::string shown_path(const std::string& inside) const {
@@ -129,12 +172,18 @@ class initialiser {
         return shown;
     }
 
+    std::vector<std::string> words() const {
+        std::vector<std::string> words = shown_instances();
+        std::transform(words.begin(), words.end(), words.begin(), shell_word);
+        return words;
+    }
+
     exit_status tell() {
         std::vector<std::string> files;
         for (const planned_file& file : plan_.files)
             files.push_back(shown_path(file.path));
-        std::vector<std::string> next = {"kqarch check " + join(shown_instances(), " "),
-                                         "kqarch show " + shown_instances().front()};
+        std::vector<std::string> next = {"kqarch check " + join(words(), " "),
+                                         "kqarch show " + words().front()};
         out_.set("kind", options_.kind);
         out_.set("instances", shown_instances());
         out_.set("files", files);
@@ -161,5 +210,8 @@ class initialiser {
 exit_status run_init(const init_options& options, output& out) {
     for (const char* field : {"kind", "instances", "files", "next"})
         out.set(field, nullptr);
+    if (options.directory.empty())
+        return out.fail(exit_usage, "DIR is empty", "", "Give a new or empty directory.");
+    held_signals until_written;
     return initialiser(options, out).run();
 }
