@@ -18,13 +18,21 @@ void exchange_messages(cluster& all) {
     }
 }
 
+bool is_told(const cluster& all, size_t one, size_t other) {
+    return std::any_of(all.disagreements.begin(), all.disagreements.end(),
+                       [=](const disagreement& found) {
+                           return (found.node == one && found.other == other) ||
+                                  (found.node == other && found.other == one);
+                       });
+}
+
 // A refused message that no rule explains must not go unsaid.
 void explain_the_rest(cluster& all) {
     for (size_t receiver = 0; receiver < all.nodes.size(); ++receiver)
         for (size_t sender = 0; sender < all.nodes.size(); ++sender) {
             kqcode_t code = all.codes[receiver][sender];
-            bool alone = all.disagree(receiver, receiver);
-            if (code == 0 || alone || all.disagree(receiver, sender)) continue;
+            bool told = is_told(all, receiver, receiver) || is_told(all, receiver, sender);
+            if (code == 0 || told) continue;
             all.disagreements.push_back(
                 {receiver,
                  sender,
@@ -66,10 +74,7 @@ std::string cluster::label(size_t node) const {
 }
 
 bool cluster::disagree(size_t one, size_t other) const {
-    return std::any_of(disagreements.begin(), disagreements.end(), [=](const disagreement& found) {
-        return (found.node == one && found.other == other) ||
-               (found.node == other && found.other == one);
-    });
+    return different_groups.contains(std::minmax(one, other)) || is_told(*this, one, other);
 }
 
 std::optional<size_t> cluster::find(const std::string& name) const {

@@ -4,7 +4,9 @@
 #define KQARCH_CLUSTER_H
 
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "cluster_node.h"
@@ -23,11 +25,14 @@ struct cluster {
     // What node `receiver` answers to the message of node `sender`: codes[receiver][sender].
     std::vector<std::vector<kqcode_t>> codes = {};
     std::vector<disagreement> disagreements = {};
+    // Pairs, the smaller number first, that have the Raft group differently. A line is not said for
+    // each: what a node says of a member is held against one other node.
+    std::set<std::pair<size_t, size_t>> different_groups = {};
 
     // The node's name; with its directory where two have the same name.
     std::string label(size_t node) const;
 
-    // Whether something was found between two nodes, in either direction.
+    // Whether two nodes differ in something, in either direction.
     bool disagree(size_t one, size_t other) const;
 
     // The node of that name, or none.

@@ -35,6 +35,17 @@ constexpr view_row view_rows[] = {
      "A member is LEARNER with the others while it has RAFT_LEARNER = 1, and RAFT when it votes."},
 };
 
+// The whole group as a node has it, comparable.
+std::set<std::string> view_of(const cluster_node& node) {
+    std::vector<raft_member> members = node.members;
+    members.push_back(*node.self);
+    std::set<std::string> view;
+    for (const raft_member& member : members)
+        view.insert(upper_case(member.name) + ", " + id_of(member) + ", " + address_of(member) +
+                    ", " + role_of(member));
+    return view;
+}
+
 class group_rules {
   public:
     explicit group_rules(cluster& all) : all_(all) {}
@@ -42,6 +53,9 @@ class group_rules {
     void compare() {
         for (size_t node = 0; node < all_.nodes.size(); ++node)
             if (all_.nodes[node].self) compare_views_of(node);
+        for (size_t node = 0; node < all_.nodes.size(); ++node)
+            for (size_t other = node + 1; other < all_.nodes.size(); ++other)
+                compare_whole(node, other);
     }
 
   private:
@@ -54,6 +68,13 @@ class group_rules {
         }
         for (size_t other = 0; other < all_.nodes.size(); ++other)
             if (other != node) find_missing(node, other);
+    }
+
+    void compare_whole(size_t node, size_t other) {
+        const cluster_node& left = all_.nodes[node];
+        const cluster_node& right = all_.nodes[other];
+        if (left.self && right.self && view_of(left) != view_of(right))
+            all_.different_groups.emplace(node, other);
     }
 
     std::optional<size_t> reference_for(const std::string& name) const {
