@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstring>
 #include <ctime>
 
 #include "backup.h"
@@ -33,7 +32,7 @@ problem no_backup(const instance& open, lint64 number) {
     return {exit_failed,
             {.file = open.file(backup_name(number)),
              .code = ARCH_E_BACKUP,
-             .text = std::string("cannot be read: ") + std::strerror(errno),
+             .text = "cannot be read: " + reason_text(),
              .hint = there.empty() ? "There are no backups here."
                                    : "The backups here are " + join(there, ", ") + "."}};
 }

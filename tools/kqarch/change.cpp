@@ -113,6 +113,7 @@ class changer {
         dry_run nothing_is_created;
         scratch_directory scratch(file_.text());
         captured result = apply();
+        result.said = scratch.explained(result.said);
         if (result.code < 0) return refusal(result);
         text_ = scratch.text();
         facts_ = facts_of_registry();
@@ -203,20 +204,23 @@ class changer {
         return unrecorded ? end(*unrecorded) : status;
     }
 
-    // What is to be replaced is what was read, and a copy of it is safe.
-    step secure(std::optional<lint64> number) {
-        if (number)
-            if (step stop = take_backup(instance_, *number, file_.snapshot())) return stop;
-        if (number) {
-            std::string path = instance_.file(backup_name(*number));
-            out_.set("backup", {{"number", *number}, {"file", visible(path)}});
-            out_.print("Backup: " + visible(path) + "\n");
-        }
+    step changed_meanwhile() const {
         std::optional<file_snapshot> present = take_snapshot(instance_.config_file());
         if (present && *present == file_.snapshot()) return std::nullopt;
         return because(exit_refused, instance_.config_file(),
                        "was changed by somebody else meanwhile: nothing was written",
                        "Look at it, and repeat the command.");
+    }
+
+    // What is to be replaced is what was read, and a copy of it is safe.
+    step secure(std::optional<lint64> number) {
+        if (step stop = changed_meanwhile()) return stop;
+        if (!number) return std::nullopt;
+        if (step stop = take_backup(instance_, *number, file_.snapshot())) return stop;
+        std::string path = instance_.file(backup_name(*number));
+        out_.set("backup", {{"number", *number}, {"file", visible(path)}});
+        out_.print("Backup: " + visible(path) + "\n");
+        return changed_meanwhile();
     }
 
     captured carry_out() {

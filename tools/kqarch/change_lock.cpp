@@ -3,7 +3,9 @@
 #include <sys/file.h>
 
 #include <cerrno>
-#include <cstring>
+#include <csignal>
+
+#include "snapshot.h"
 
 namespace {
 
@@ -28,6 +30,6 @@ change_lock::change_lock(const instance& open) : file_(open_private(open.directo
     else
         failure_ = problem{exit_failed,
                            {.file = open.file(lock_name),
-                            .text = std::string("cannot be locked: ") + std::strerror(errno),
+                            .text = "cannot be locked: " + reason_text(),
                             .hint = "A change is made by who may write to the directory."}};
 }

@@ -5,7 +5,6 @@
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <vector>
@@ -63,7 +62,7 @@ bool ends_inside_a_line(int file) {
 }
 
 problem cannot(const std::string& path, const std::string& what) {
-    return {exit_failed, {.file = path, .text = what + ": " + std::strerror(errno)}};
+    return {exit_failed, {.file = path, .text = what + ": " + reason_text()}};
 }
 
 std::vector<table_row> rows_of(const std::string& text, const std::string& path, output& out) {
@@ -129,8 +128,7 @@ exit_status run_journal(const std::string& directory, output& out) {
                         "Give the configuration directory of an instance.");
     std::string path = directory + "/" + journal_name;
     std::optional<file_snapshot> taken = take_snapshot(path);
-    if (!taken)
-        return out.fail(exit_failed, "cannot be read: " + std::string(std::strerror(errno)), path);
+    if (!taken) return out.fail(exit_failed, "cannot be read: " + reason_text(), path);
     show(rows_of(taken->bytes, path, out), out);
     return exit_good;
 }

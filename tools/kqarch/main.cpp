@@ -16,17 +16,12 @@ void complete_descriptors() {
             (void)open("/dev/null", descriptor == STDERR_FILENO ? O_WRONLY : O_RDONLY);
 }
 
-// A write that fails is told by its result: a signal would end a change half-way.
-void ignore_signals_of_writes() {
-    for (int number : {SIGPIPE, SIGXFSZ})
-        (void)std::signal(number, SIG_IGN);
-}
-
 }  // namespace
 
 int main(int count, char** words) {
     complete_descriptors();
-    ignore_signals_of_writes();
+    // A write beyond the limit of file sizes is told by its result.
+    (void)std::signal(SIGXFSZ, SIG_IGN);
     command_line commands;
     add_look_commands(commands);
     add_change_commands(commands);

@@ -24,7 +24,7 @@ scratch_directory::scratch_directory(const std::string& text)
     if (!made || symlink(config_.path().c_str(), (path_ + "/kqarch.ini").c_str()) != 0) {
         int reason = errno;
         if (made) remove();
-        throw std::system_error(reason, std::generic_category(), path_);
+        throw std::system_error(reason, std::generic_category(), temporary_directory());
     }
     std::memcpy(original_, global_ini_info.config_path, sizeof original_);
     path_.copy(global_ini_info.config_path, path_.size());
@@ -34,6 +34,13 @@ scratch_directory::scratch_directory(const std::string& text)
 scratch_directory::~scratch_directory() {
     std::memcpy(global_ini_info.config_path, original_, sizeof original_);
     remove();
+}
+
+std::string scratch_directory::explained(std::string message) const {
+    std::string name = path_ + "/kqarch.ini";
+    for (size_t at = message.find(name); at != message.npos; at = message.find(name))
+        message.replace(at, name.size(), "a scratch copy");
+    return message;
 }
 
 void scratch_directory::remove() const {

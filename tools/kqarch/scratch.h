@@ -17,6 +17,9 @@ class scratch_directory {
     scratch_directory(const scratch_directory&) = delete;
     scratch_directory& operator=(const scratch_directory&) = delete;
 
+    // A message of the module with words in the place of the file's name, which nobody knows.
+    std::string explained(std::string message) const;
+
     // The text of kqarch.ini.
     std::string text() const { return config_.content(); }
 

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 
 namespace {
 
@@ -45,4 +46,8 @@ std::optional<file_snapshot> take_snapshot(const std::string& path) {
     errno = reason;
     if (!good) return std::nullopt;
     return snapshot;
+}
+
+std::string reason_text() {
+    return errno == EINVAL ? "is no regular file" : std::strerror(errno);
 }

@@ -20,4 +20,7 @@ struct file_snapshot {
 // when it cannot be read or is no regular file.
 std::optional<file_snapshot> take_snapshot(const std::string& path);
 
+// Why a file could not be read or opened, by errno: "is no regular file", "Permission denied".
+std::string reason_text();
+
 #endif
