@@ -34,6 +34,13 @@ void find_no_type_bare(benchmark::State& state, const instance& on);
 void write_text(benchmark::State& state, const instance& on);
 void print_text(benchmark::State& state, const instance& on);
 
+// changing.cpp
+void parse_clause(benchmark::State& state);
+void parse_clause_plainly(benchmark::State& state);
+void add_destination(benchmark::State& state);
+void drop_destination(benchmark::State& state);
+void rewrite_file_bare(benchmark::State& state);
+
 // keys_and_lock.cpp
 void find_key(benchmark::State& state);
 void find_key_bare(benchmark::State& state);

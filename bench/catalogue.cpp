@@ -38,6 +38,12 @@ constexpr single_row singly[] = {
      find_no_key_bare},
     {"enter_exit", "enter and exit", enter_and_exit, "a bare mutex of the same kind",
      lock_and_unlock},
+    {"clause", "parse a clause of four keywords", parse_clause, "split into texts and dispatch",
+     parse_clause_plainly},
+    {"add", "add a REALTIME destination, file rewritten", add_destination,
+     "the system calls of a rewrite", rewrite_file_bare},
+    {"drop", "drop it, file rewritten", drop_destination, "the system calls of a rewrite",
+     rewrite_file_bare},
 };
 
 constexpr growth_row growing[] = {
