@@ -51,6 +51,19 @@ constexpr const char* commands[] = {
     "init db --kind sysdba/PASS@h",
     "check misplaced",
     "check --json misplaced",
+    "add db TYPE=SUBSCRIBE, DEST=sysdba/PASS@10.9.8.7:5236",
+    "add db TYPE=SUBSCRIBE,DEST=sysdba/PASS --dry-run",
+    "add db TYPE=SUBSCRIBR,DEST=sysdba/PASS --yes",
+    "add db TYPE=LOCAL,DEST=sysdba/PASS@h,FILE_SIZE=1 --dry-run",
+    "add db 'TYPE=REALTIME, DEST=sysdba/PASS@h' --dry-run",
+    "add db 'TYPE=SUBSCRIBE, DEST=sysdba/x,PASS@h' --dry-run",
+    "add sysdba/PASS@h TYPE=LOCAL --yes",
+    "modify db sysdba/PASS@h FILE_SIZE=64 --yes",
+    "modify db --subscriber DEST=sysdba/PASS --yes",
+    "modify db {dir}/db/arch DEST=sysdba/PASS@h,FILE_SIZE=1 --yes",
+    "drop db sysdba/PASS@h --yes",
+    "restore db sysdba/PASS@h",
+    "backup db --lsn sysdba/PASS@h",
     "show misplaced",
 };
 
@@ -66,12 +79,28 @@ TEST(password, never_comes_out) {
     for (const char* body : bodies) {
         std::string text = body_with_canary(body);
         place.write("db/kqarch.ini", text);
-        for (const char* command :
-             {"check db", "check --no-timers db", "show db", "fmt db", "fmt --check db",
-              "peer-check db other", "peer-check other db", "graph db other",
-              "graph --format svg db", "graph --format dot db", "graph --format mermaid db",
-              "raft db status", "raft db settings --vote 9 --dry-run", "raft db clear --dry-run",
-              "raft db remove Kanary --dry-run --force", "peer-verify db </dev/null"})
+        place.write("other/kqarch_bak_1.log", text);
+        for (const char* command : {"check db",
+                                    "check --no-timers db",
+                                    "show db",
+                                    "fmt db",
+                                    "fmt --check db",
+                                    "peer-check db other",
+                                    "peer-check other db",
+                                    "graph db other",
+                                    "graph --format svg db",
+                                    "graph --format dot db",
+                                    "graph --format mermaid db",
+                                    "raft db status",
+                                    "raft db settings --vote 9 --dry-run",
+                                    "raft db clear --dry-run",
+                                    "raft db remove Kanary --dry-run --force",
+                                    "peer-verify db </dev/null",
+                                    "add db TYPE=LOCAL,DEST={dir}/new --dry-run --force",
+                                    "modify db --subscriber ARCH_SEND_DELAY=1 --dry-run --force",
+                                    "drop db --subscriber --dry-run --force",
+                                    "restore other 1 --dry-run --force",
+                                    "backups other"})
             for (const char* form : {"", " --json"}) {
                 run_result result = place.run(std::string("kqarch ") + command + form);
                 std::string said = result.output + result.errors;

@@ -35,6 +35,9 @@ const names peer_check_fields = {"agree", "disagreements", "nodes", "pairs"};
 const names export_fields = {"arch_local_share", "hpc_node", "instance", "message"};
 const names verify_fields = {"agree", "code", "instance", "sender"};
 const names status_fields = {"group", "instance", "learner", "members"};
+const names change_fields = {"backup", "consequences", "diff",       "lost",
+                             "made",   "start_code",   "would_start"};
+
 const names raft_fields = {"backup", "consequences", "diff",       "group_after", "group_before",
                            "lost",   "made",         "start_code", "would_start"};
 
@@ -62,6 +65,19 @@ const row rows[] = {
     {"raft group/node1 --json remove KQ2 --dry-run", 0, raft_fields},
     {"raft group/node1 --json remove KQ2 KQ3", 1, raft_fields},
     {"raft missing clear --json", 3, raft_fields},
+    {"add --json good 'TYPE=LOCAL, DEST={dir}/two' --dry-run", 0, change_fields},
+    {"add --json good TYPE=LOCAL", 1, change_fields},
+    {"drop --json bad KQ2 --yes", 1, change_fields},
+    {"modify --json missing KQ2 FILE_SIZE=64", 3, change_fields},
+    {"modify --json good KQ2", 2, {}},
+    {"backup --json good", 0, {"backup"}},
+    {"backups --json good", 0, {"backups"}},
+    {"restore --json good 1", 0, change_fields},
+    {"restore --json good 9", 3, change_fields},
+    {"backup-delete --json good 1", 0, {"deleted"}},
+    {"backup-delete --json good 1", 3, {"deleted"}},
+    {"journal --json good", 0, {"changes"}},
+    {"journal --json missing", 3, {"changes"}},
     {"graph --json good", 2, {}},
     {"chek --json", 2, {}},
     {"check --json --nonsense good", 2, {}},
@@ -106,7 +122,7 @@ TEST_F(kqarch_json, tells_everything_about_a_diagnostic) {
                               {"line", 3},
                               {"code", -803},
                               {"name", "ARCH_E_INVALID_VALUE"},
-                              {"section", "A\xef\xbf\xbd"},
+                              {"section", "A\\xff"},
                               {"key", "ARCH_FILE_SIZE"},
                               {"text", "arch_cfg ARCH_FILE_SIZE value 1 is invalid"},
                               {"hint", found[0]["hint"]}}));
@@ -140,6 +156,31 @@ TEST_F(kqarch_json, shows_settings_as_values) {
     EXPECT_EQ(local["file_size_mb"], 128);
     EXPECT_EQ(local["settings"]["hang_flag"], true);
     EXPECT_EQ(run("show --json bad")["valid"], false);
+}
+
+TEST_F(kqarch_json, tells_what_a_change_does) {
+    json made = run("add --json --yes good 'TYPE=LOCAL, DEST={dir}/two, HANG_FLAG=0'");
+    EXPECT_EQ(made["made"], true);
+    EXPECT_EQ(made["would_start"], true);
+    EXPECT_EQ(made["start_code"], 0);
+    EXPECT_EQ(made["backup"], json({{"number", 1}, {"file", "good/kqarch_bak_1.log"}}));
+    EXPECT_EQ(made["consequences"], json({"LOCAL destinations: from 1 to 2.",
+                                          "The directory {dir}/two will be created."}));
+    EXPECT_EQ(made["diff"][0], "@@ -11,3 +11,11 @@");
+    EXPECT_EQ(made["diff"].back(), "+");
+    EXPECT_EQ(made["lost"], json::array());
+
+    json refused = run("drop --json --yes --force good {dir}/nowhere");
+    EXPECT_EQ(refused["made"], false);
+    EXPECT_EQ(refused["diff"], nullptr);
+    EXPECT_EQ(refused["diagnostics"][0]["name"], "ARCH_E_DEST_NOT_FOUND");
+
+    json recorded = run("journal --json good")["changes"];
+    ASSERT_EQ(recorded.size(), 1U);
+    EXPECT_EQ(recorded[0]["command"], "add");
+    EXPECT_EQ(recorded[0]["backup"], "1");
+    EXPECT_EQ(recorded[0]["result"], "made");
+    EXPECT_EQ(recorded[0]["what"], "TYPE=LOCAL, DEST={dir}/two, HANG_FLAG=0");
 }
 
 }  // namespace

@@ -114,11 +114,13 @@ std::string difference::shown_comment(const std::string& line) const {
     return may_hold_password(line) ? "# ***" : passwords_.hide(visible(line));
 }
 
-// Only texts can hold a password: a number that happens to be one stays.
+// A number that happens to be a password stays.
 std::string difference::shown_line(const std::string& line) const {
-    size_t end = line.find('=');
-    const key_entry* entry = end != line.npos ? find_key(trimmed(line.substr(0, end))) : nullptr;
-    return entry != nullptr && !entry->is_text ? line : passwords_.hide(line);
+    size_t end = std::min(line.find('='), line.size());
+    const key_entry* entry = find_key(trimmed(line.substr(0, end)));
+    bool is_number = entry != nullptr && !entry->is_text &&
+                     line.find_first_not_of("0123456789ABCDEFabcdefxX+ ", end + 1) == line.npos;
+    return is_number ? line : passwords_.hide(line);
 }
 
 std::string difference::shown(const std::string& line) const {
