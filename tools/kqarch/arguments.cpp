@@ -15,6 +15,8 @@ constexpr const char* program_footer =
     "  kqarch init --kind standby db   write a working instance directory\n"
     "  kqarch check db                 would the server start with it?\n"
     "  kqarch explain -808             what a result code means\n"
+    "  kqarch add db 'TYPE=LOCAL, DEST=/arch/second'\n"
+    "                                  shows what would become of it, and asks\n"
     "\n"
     "Exit status: 0 good, 1 refused or different, 2 wrong use, 3 could not (missing file,\n"
     "permission, full disk). Data is on standard output, diagnostics on standard error; with\n"
