@@ -41,6 +41,7 @@ TEST(explain, takes_a_topic_in_every_form) {
         {"Wait_Apply", "WAIT_APPLY\n"},
         {"march", "REALTIME\n"},
         {"Subscribe", "SUBSCRIBE\n"},
+        {"0", "0 is success"},
     };
     for (const auto& [topic, heading] : cases) {
         const answer got = explained(topic);
@@ -59,7 +60,8 @@ TEST(explain, suggests_what_was_meant) {
         {"REALTIM", "hint: Did you mean REALTIME"},
         {"TIMER_NOT_FUOND", "hint: Did you mean TIMER_NOT_FOUND"},
         {"-80", "hint: \"kqarch explain\" alone lists"},
-        {"0", "hint: \"kqarch explain\" alone lists"},
+        {"7", "hint: \"kqarch explain\" alone lists"},
+        {"sys/secret@db", "nothing is known about \"sys/***@db\""},
         {"808x", "hint: \"kqarch explain\" alone lists"},
         {"99999999999999999999", "hint: \"kqarch explain\" alone lists"},
         {"-2147483648", "hint: \"kqarch explain\" alone lists"},
