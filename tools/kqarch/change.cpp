@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cstdio>
 #include <iostream>
 
 #include "backup.h"
@@ -10,6 +11,7 @@
 #include "config_file.h"
 #include "consequences.h"
 #include "difference.h"
+#include "held_signals.h"
 #include "hints.h"
 #include "instance.h"
 #include "journal.h"
@@ -189,6 +191,13 @@ class changer {
     }
 
     exit_status make() {
+        held_signals until_it_is_told;
+        exit_status status = make_whole();
+        (void)std::fflush(stdout);
+        return status;
+    }
+
+    exit_status make_whole() {
         journal record(instance_);
         if (record.failure()) return end(*record.failure());
         std::optional<lint64> number;
@@ -242,6 +251,7 @@ class changer {
         std::optional<file_snapshot> present = take_snapshot(instance_.config_file());
         problem why = *refusal(result);
         bool whole = present && *present == file_.snapshot();
+        if (why.found.text.ends_with('.')) why.found.text.pop_back();
         why.found.text += whole ? "; nothing was changed" : "; the file is not whole";
         if (!whole) why.found.hint = way_back(number);
         return end(why);

@@ -6,11 +6,11 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <optional>
 
+#include "held_signals.h"
 #include "init_plan.h"
 #include "kqtype.h"
 #include "text.h"
@@ -52,24 +52,6 @@ bool write_all(int file, const std::string& text) {
     }
     return true;
 }
-
-// An interrupted run would leave a part of a group behind: signals wait until it stands.
-class held_signals {
-  public:
-    held_signals() {
-        sigset_t ends;
-        sigemptyset(&ends);
-        for (int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
-            sigaddset(&ends, number);
-        sigprocmask(SIG_BLOCK, &ends, &before_);
-    }
-    ~held_signals() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
-    held_signals(const held_signals&) = delete;
-    held_signals& operator=(const held_signals&) = delete;
-
-  private:
-    sigset_t before_;
-};
 
 class initialiser {
   public:
