@@ -7,7 +7,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <set>
 
@@ -63,6 +64,10 @@ int kill_at_stop(int nth, const std::function<exit_status()>& change) {
 
 TEST(killed_change, is_undone_by_a_restore) {
     changed_instance instance;
+    // What killed processes leave of their scratch directories goes with the instance.
+    std::string scratch = instance.beside("scratch");
+    std::filesystem::create_directory(scratch);
+    setenv("TMPDIR", scratch.c_str(), 1);
     auto change = [&] { return instance.add(instance.local_clause()); };
     int how = kill_at_stop(-1, change);
     if (how == not_allowed) GTEST_SKIP() << "this process may not trace another";
@@ -86,6 +91,7 @@ TEST(killed_change, is_undone_by_a_restore) {
         EXPECT_EQ(instance.restore(1), exit_good);
         EXPECT_EQ(instance.config(), instance.original());
     }
+    unsetenv("TMPDIR");
     EXPECT_EQ(how, exit_good);
     EXPECT_GT(olds, 0);
     EXPECT_GT(news, 0);
