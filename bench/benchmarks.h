@@ -11,8 +11,13 @@ namespace bench {
 // loading.cpp
 void load(benchmark::State& state, const instance& on);
 void load_bare(benchmark::State& state, const instance& on);
+void start(benchmark::State& state, const instance& on);
+void parse_file(benchmark::State& state, const instance& on);
+void load_key_file(benchmark::State& state);
 void validate(benchmark::State& state, const instance& on);
 void probe_bare(benchmark::State& state, const instance& on);
+void probe(benchmark::State& state);
+void probe_one_bare(benchmark::State& state);
 void create_sections(benchmark::State& state, ulint count);
 void load_sections(benchmark::State& state, ulint count);
 
@@ -30,9 +35,22 @@ void find_type_bare(benchmark::State& state, const instance& on);
 void find_no_type(benchmark::State& state, const instance& on);
 void find_no_type_bare(benchmark::State& state, const instance& on);
 
+void find_name_of_fifty(benchmark::State& state);
+void find_name_of_fifty_bare(benchmark::State& state);
+void find_no_name_of_fifty(benchmark::State& state);
+void find_no_name_of_fifty_bare(benchmark::State& state);
+
 // writing.cpp
 void write_text(benchmark::State& state, const instance& on);
 void print_text(benchmark::State& state, const instance& on);
+void write_sections(benchmark::State& state, ulint count);
+
+// exchange.cpp
+void encode_message(benchmark::State& state);
+void encode_message_only(benchmark::State& state);
+void pack_message(benchmark::State& state);
+void decode_message(benchmark::State& state);
+void decode_message_plainly(benchmark::State& state);
 
 // changing.cpp
 void parse_clause(benchmark::State& state);

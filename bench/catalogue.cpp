@@ -15,6 +15,8 @@ constexpr instance_kind kinds[] = {
 };
 
 constexpr instance_row by_instance[] = {
+    {"start", "load, apply and validate, no directory probed, and destroy", start,
+     "inih, doing nothing with it", parse_file, storage::asm_disk_group},
     {"load", "load from disk, not validated, and destroy", load,
      "open, read and close the same file", load_bare},
     {"validate", "validate the whole registry", validate,
@@ -33,6 +35,10 @@ constexpr instance_row by_instance[] = {
 };
 
 constexpr single_row singly[] = {
+    {"find_name_of_50", "look-up by name, 50 records, found", find_name_of_fifty, strcasecmp_walk,
+     find_name_of_fifty_bare},
+    {"find_no_name_of_50", "the same, not found", find_no_name_of_fifty, strcasecmp_walk,
+     find_no_name_of_fifty_bare},
     {"find_key", "key to index, any case", find_key, "strcasecmp over all keys", find_key_bare},
     {"find_no_key", "the same, no such key", find_no_key, "strcasecmp over all keys",
      find_no_key_bare},
@@ -40,18 +46,27 @@ constexpr single_row singly[] = {
      lock_and_unlock},
     {"clause", "parse a clause of four keywords", parse_clause, "split into texts and dispatch",
      parse_clause_plainly},
+    {"encode", "length and encoding of 16 paths with names", encode_message,
+     "msgpack-c packing them", pack_message},
+    {"encode_only", "the encoding alone", encode_message_only, "msgpack-c packing them",
+     pack_message},
+    {"decode", "decode 16 paths and check 8 against them", decode_message,
+     "the same with a malloc a node", decode_message_plainly},
+    {"probe", "probe a directory", probe, "its system calls", probe_one_bare},
     {"add", "add a REALTIME destination, file rewritten", add_destination,
      "the system calls of a rewrite", rewrite_file_bare},
     {"drop", "drop it, file rewritten", drop_destination, "the system calls of a rewrite",
      rewrite_file_bare},
 };
 
-constexpr growth_row growing[] = {
-    {"create", "create the sections, and destroy", create_sections},
-    {"load_sections", "load them from disk, not validated, and destroy", load_sections},
-};
-
 constexpr ulint counts[] = {10, 100, 1000, 10000};
+
+constexpr growth_row growing[] = {
+    {"create", "create the sections, and destroy", create_sections, counts},
+    {"load_sections", "load them from disk, not validated, and destroy", load_sections, counts},
+    // More do not fit into the text's buffer.
+    {"write_sections", "write their text", write_sections, std::span(counts).first(3)},
+};
 
 // A wrong result ends the benchmark as a failed one.
 void add(const std::string& name, const std::function<void(benchmark::State&)>& body) {
@@ -82,24 +97,23 @@ std::span<const growth_row> growth_rows() {
     return growing;
 }
 
-std::span<const ulint> growth_counts() {
-    return counts;
-}
-
 void register_benchmarks() {
     for (const instance_row& row : by_instance) {
         for (const instance_kind& kind : kinds) {
             const std::string name = std::string(row.name) + "/" + kind.name;
-            add(name, [=](auto& state) { row.ours(state, instance(kind.describe())); });
-            add(name + "/peer", [=](auto& state) { row.peer(state, instance(kind.describe())); });
+            add(name,
+                [=](auto& state) { row.ours(state, instance(kind.describe(), row.archives)); });
+            add(name + "/peer",
+                [=](auto& state) { row.peer(state, instance(kind.describe(), row.archives)); });
         }
     }
     for (const single_row& row : singly) {
         add(row.name, row.ours);
         add(std::string(row.name) + "/peer", row.peer);
     }
+    add("key_file/full/peer", load_key_file);
     for (const growth_row& row : growing)
-        for (const ulint count : counts)
+        for (const ulint count : row.counts)
             add(std::string(row.name) + "/" + std::to_string(count),
                 [=](auto& state) { row.ours(state, count); });
 }

@@ -131,6 +131,19 @@ description raft_instance() {
     return made;
 }
 
+description fifty_destinations() {
+    description made;
+    for (ulint i = 1; i <= 10; ++i)
+        made.destinations.push_back(local(i));
+    for (ulint i = 1; i <= 20; ++i)
+        made.destinations.push_back(realtime(i, 1));
+    for (ulint i = 1; i <= 10; ++i)
+        made.destinations.push_back(async(i));
+    for (ulint i = 1; i <= 10; ++i)
+        made.destinations.push_back(remote(i));
+    return made;
+}
+
 description local_sections(ulint count) {
     description made;
     for (ulint i = 1; i <= count; ++i)
@@ -147,9 +160,10 @@ std::string dest_text(const destination& dest) {
 }
 
 std::string kqarch_text(const description& instance) {
-    std::string text = instance.settings;
+    std::string text;
     for (const destination& dest : instance.destinations) {
         text += "\n[" + dest.section + "]\n";
+        if (&dest == &instance.destinations.front()) text += instance.settings;
         text += line("ARCH_TYPE", arch_cfg_get_arch_name_by_type(dest.type));
         text += line("ARCH_DEST", dest_text(dest));
         text += own_lines(dest);

@@ -20,7 +20,7 @@ struct destination {
 };
 
 struct description {
-    std::string settings;  // the lines before the first section
+    std::string settings;  // lines of the first section, because not every peer reads any before
     std::vector<destination> destinations;
 };
 
@@ -33,6 +33,10 @@ description full_instance();
 
 // 1 LOCAL, 8 RAFT, 9 LEARNER and the Raft settings.
 description raft_instance();
+
+// 50 destinations of one name each: 10 LOCAL, 20 REALTIME, 10 ASYNC, 10 REMOTE. More than
+// validation allows.
+description fifty_destinations();
 
 // More LOCAL than validation allows.
 description local_sections(ulint count);

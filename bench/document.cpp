@@ -47,6 +47,21 @@ std::string comparison_cells(const results& measured, const std::string& name) {
     return cells + " |\n";
 }
 
+std::string goal_table(const results& measured) {
+    std::string text =
+        "| what | beside | ratio to reach | reached |\n"
+        "|---|---|--:|--:|\n";
+    for (const goal& one : goals()) {
+        summary ours;
+        summary peer;
+        const bool has_both = measured.find(one.ours, ours) && measured.find(one.peer, peer);
+        const double ratio = has_both ? ours.median / peer.median * one.share : 0;
+        text += std::string("| ") + one.what + " | " + one.beside + " | " + fixed(one.to_reach, 2) +
+                " | " + (has_both ? fixed(ratio, 2) : "-") + " |\n";
+    }
+    return text;
+}
+
 std::string instance_table(const results& measured) {
     std::string text =
         "| what, beside what | instance | module | spread | peer | spread | ratio |\n"
@@ -89,7 +104,7 @@ std::string growth_table(const results& measured) {
         "|---|--:|--:|--:|--:|--:|\n";
     for (const growth_row& row : growth_rows()) {
         std::string title = row.title;
-        for (const ulint count : growth_counts()) {
+        for (const ulint count : row.counts) {
             text += "| " + title + " | " + std::to_string(count) + " | " +
                     growth_cells(measured, row.name, count);
             title.clear();
@@ -128,8 +143,8 @@ document::document(const std::string& path) : path_(path) {
 
 void document::write(const results& measured) const {
     replace_file(path_, before_ + "\nMeasured on " + describe_machine() + ".\n\n" +
-                            instance_table(measured) + "\n" + single_table(measured) + "\n" +
-                            growth_table(measured) + "\n" + after_);
+                            goal_table(measured) + "\n" + instance_table(measured) + "\n" +
+                            single_table(measured) + "\n" + growth_table(measured) + "\n" + after_);
 }
 
 }  // namespace bench

@@ -47,9 +47,12 @@ fs::path scratch_directory() {
     return usable ? in_memory : fs::temp_directory_path();
 }
 
-instance::instance(description what) : what_(std::move(what)), root_(make_directory()) {
+instance::instance(description what, storage archives)
+    : what_(std::move(what)),
+      root_(make_directory()),
+      archive_root_(archives == storage::disk ? root_ : "+DATA") {
     for (destination& dest : what_.destinations)
-        if (holds_archives(dest)) dest.directory = root_ / dest.directory;
+        if (holds_archives(dest)) dest.directory = archive_root_ / dest.directory;
     try {
         write_files();
         check(kq_instance_open(root_.c_str()) == 0, "the instance cannot be opened");
@@ -77,6 +80,7 @@ void instance::write_files() const {
 
 std::vector<std::string> instance::archive_directories() const {
     std::vector<std::string> found;
+    if (archive_root_ != root_) return found;
     for (const destination& dest : what_.destinations)
         if (holds_archives(dest)) found.push_back(dest.directory);
     return found;

@@ -15,16 +15,21 @@ void check(bool is_good, const std::string& what);
 // measured.
 std::filesystem::path scratch_directory();
 
+// Where the archive directories lie: beside kqarch.ini, or on ASM storage, which start-up can be
+// asked not to probe.
+enum class storage { disk, asm_disk_group };
+
 // A directory with the instance's four files and its archive directories, open in the layer. The
 // directories of its destinations are absolute paths into it. One lives at a time.
 class instance {
   public:
-    explicit instance(description what);
+    explicit instance(description what, storage archives = storage::disk);
     ~instance();
     instance(const instance&) = delete;
     instance& operator=(const instance&) = delete;
 
     const std::vector<destination>& destinations() const { return what_.destinations; }
+    // Those on disk.
     std::vector<std::string> archive_directories() const;
     std::string config_file() const { return root_ / "kqarch.ini"; }
 
@@ -36,6 +41,7 @@ class instance {
 
     description what_;
     std::filesystem::path root_;
+    std::filesystem::path archive_root_;
 };
 
 class loaded_registry {
@@ -44,6 +50,14 @@ class loaded_registry {
     ~loaded_registry() { arch_cfg_sys_destroy(); }
     loaded_registry(const loaded_registry&) = delete;
     loaded_registry& operator=(const loaded_registry&) = delete;
+};
+
+class KQ_SCOPED_CAPABILITY registry_hold {
+  public:
+    registry_hold() KQ_ACQUIRE(arch_cfg_sys.mutex) { arch_cfg_sys_enter(); }
+    ~registry_hold() KQ_RELEASE() { arch_cfg_sys_exit(); }
+    registry_hold(const registry_hold&) = delete;
+    registry_hold& operator=(const registry_hold&) = delete;
 };
 
 }  // namespace bench

@@ -186,4 +186,20 @@ void find_no_type_bare(benchmark::State& state, const instance& on) {
     measure_type_bare(state, on, ARCH_TYPE_SUBSCRIBE, false);
 }
 
+void find_name_of_fifty(benchmark::State& state) {
+    find_name(state, instance(fifty_destinations()));
+}
+
+void find_name_of_fifty_bare(benchmark::State& state) {
+    find_name_bare(state, instance(fifty_destinations()));
+}
+
+void find_no_name_of_fifty(benchmark::State& state) {
+    find_no_name(state, instance(fifty_destinations()));
+}
+
+void find_no_name_of_fifty_bare(benchmark::State& state) {
+    find_no_name_bare(state, instance(fifty_destinations()));
+}
+
 }  // namespace bench

@@ -103,11 +103,15 @@ bool read_file_bare(const char* path, std::vector<char>& buffer) {
 }
 
 bool probe_directory_bare(const char* directory) {
-    static constexpr char zeros[4096] = {};
     struct stat status;
     struct statvfs space;
-    // Once for the room that is left, once for the directory.
-    if (stat(directory, &status) != 0 || statvfs(directory, &space) != 0) return false;
+    return stat(directory, &status) == 0 && statvfs(directory, &space) == 0 &&
+           create_and_delete_bare(directory);
+}
+
+bool create_and_delete_bare(const char* directory) {
+    static constexpr char zeros[4096] = {};
+    struct stat status;
     if (stat(directory, &status) != 0) return false;
     const std::string name = std::string(directory) + "/.ARCHIVE_probe.DAT";
     const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);

@@ -75,6 +75,9 @@ void print_registry(const arch_cfg_sys_t& registry, schar* text);
 bool read_file_bare(const char* path, std::vector<char>& buffer);
 bool probe_directory_bare(const char* directory);
 
+// The part of it that asks whether files can be made there.
+bool create_and_delete_bare(const char* directory);
+
 }  // namespace bench
 
 #endif

@@ -1,4 +1,5 @@
 // Writing the registry as text.
+#include <algorithm>
 #include <cstring>
 #include <memory>
 
@@ -9,14 +10,6 @@ namespace bench {
 namespace {
 
 using text_buffer = std::unique_ptr<schar[]>;
-
-class KQ_SCOPED_CAPABILITY registry_hold {
-  public:
-    registry_hold() KQ_ACQUIRE(arch_cfg_sys.mutex) { arch_cfg_sys_enter(); }
-    ~registry_hold() KQ_RELEASE() { arch_cfg_sys_exit(); }
-    registry_hold(const registry_hold&) = delete;
-    registry_hold& operator=(const registry_hold&) = delete;
-};
 
 text_buffer make_buffer() {
     return std::make_unique<schar[]>(ARCH_CFG_TEXT_SIZE);
@@ -53,6 +46,19 @@ void print_text(benchmark::State& state, const instance& on) {
         print_registry(arch_cfg_sys, text.get());
         benchmark::ClobberMemory();
     }
+}
+
+void write_sections(benchmark::State& state, ulint count) {
+    const instance on(local_sections(count), storage::asm_disk_group);
+    const loaded_registry loaded(on);
+    const text_buffer text = make_buffer();
+    const registry_hold hold;
+    kqcode_t worst = 0;
+    for (auto _ : state) {
+        worst = std::min(worst, arch_cfg_sys_write_to_rec(text.get()));
+        benchmark::ClobberMemory();
+    }
+    check(worst == 0, "the text is not written");
 }
 
 }  // namespace bench
