@@ -95,10 +95,13 @@ output_capture::output_capture(const std::filesystem::path& error_log)
       standard_output(STDOUT_FILENO),
       standard_error(STDERR_FILENO) {}
 
-std::string output_capture::lines() const {
+std::string output_capture::printed() const {
     return prefixed("stdout: ", standard_output.text()) +
-           prefixed("stderr: ", standard_error.text()) +
-           log_lines(read_file(log).substr(static_cast<size_t>(log_start)));
+           prefixed("stderr: ", standard_error.text());
+}
+
+std::string output_capture::logged() const {
+    return log_lines(read_file(log).substr(static_cast<size_t>(log_start)));
 }
 
 }  // namespace test_support

@@ -30,9 +30,11 @@ class output_capture {
   public:
     explicit output_capture(const std::filesystem::path& error_log);
 
-    // One line each, in this order: "stdout: text", "stderr: text" (with <no line feed> where the
-    // last line lacks it), "log LEVEL: text". The source line of a recorded code is LINE.
-    std::string lines() const;
+    // Lines "stdout: text", then "stderr: text", with <no line feed> where the last one lacks it.
+    std::string printed() const;
+    // Lines "log LEVEL: text". The source line of a recorded code is LINE.
+    std::string logged() const;
+    std::string lines() const { return printed() + logged(); }
 
   private:
     std::filesystem::path log;

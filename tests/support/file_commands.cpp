@@ -12,7 +12,7 @@ namespace test_support {
 namespace fs = std::filesystem;
 
 std::string code_text(kqcode_t code) {
-    return "code " + std::to_string(code);
+    return std::to_string(code);
 }
 
 namespace {
@@ -43,7 +43,8 @@ std::string link(const command_context& context) {
 }
 
 std::string remove(const command_context& context) {
-    return "removed " + std::to_string(fs::remove_all(context.argument(0)));
+    size_t removed = fs::remove_all(context.argument(0));
+    return removed == 1 ? "ok" : "removed " + std::to_string(removed);
 }
 
 // What is at a path: its kind, and of a file mode and size, of a directory the number of entries.

@@ -81,7 +81,7 @@ std::string stores(const command_context& context) {
         text += " process:" + changed;
     text += std::string(arch.name) == "CANARY" ? "" : " name";
     arch_cfg_sys_init_env();
-    return code == 0 ? text.substr(text.empty() ? 0 : 1) : "code " + std::to_string(code) + text;
+    return code == 0 ? text.substr(text.empty() ? 0 : 1) : code_text(code) + text;
 }
 
 }  // namespace

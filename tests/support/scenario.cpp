@@ -74,26 +74,24 @@ std::string expand_section(const std::string& line) {
 
 std::string expand_input(const std::string& input, const definitions& defined);
 
-std::string expand_repeat(std::istringstream& lines, int from, int to, const definitions& defined) {
-    std::string body, result;
-    for (std::string line; std::getline(lines, line) && line != "end";)
-        body += line + "\n";
-    for (int i = from; i <= to; i++) {
-        std::string each = std::regex_replace(body, std::regex(R"(\{i\})"), std::to_string(i));
-        result += expand_input(each, defined);
-    }
+std::string expand_repeat(const std::smatch& repeat, const definitions& defined) {
+    std::string result;
+    for (int i = std::stoi(repeat[1]); i <= std::stoi(repeat[2]); i++)
+        result += expand_input(
+            std::regex_replace(repeat[3].str(), std::regex(R"(\{i\})"), std::to_string(i)),
+            defined);
     return result;
 }
 
 std::string expand_input(const std::string& input, const definitions& defined) {
-    static const std::regex repeat(R"(^repeat (\d+) (\d+)$)");
+    static const std::regex repeat(R"(^repeat (\d+) (\d+) (.*)$)");
     static const std::regex include(R"(^include (\S+)$)");
     std::istringstream lines(input);
     std::string result;
     std::smatch match;
     for (std::string line; std::getline(lines, line);) {
         if (std::regex_match(line, match, repeat))
-            result += expand_repeat(lines, std::stoi(match[1]), std::stoi(match[2]), defined);
+            result += expand_repeat(match, defined);
         else if (std::regex_match(line, match, include))
             result += expand_input(defined.at(match[1]), defined);
         else
@@ -110,22 +108,83 @@ command_function find_command(const std::string& name) {
     throw std::runtime_error("no command " + name);
 }
 
-std::string run_directive(const directive& each, command_context& context) {
+using line_list = std::vector<std::string>;
+
+line_list lines_of(const std::string& text) {
+    line_list lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+// The messages of a refusal are printed and logged alike: then each is told once.
+line_list told_once(line_list printed, const line_list& logged) {
+    static const std::string console = "stderr: ", log = "log 4: ", both = "refused: ";
+    line_list told;
+    for (size_t i = 0; i < printed.size() && printed.size() == logged.size(); i++) {
+        std::string text = printed[i].substr(std::min(console.size(), printed[i].size()));
+        if (printed[i] == console + text && logged[i] == log + text) told.push_back(both + text);
+    }
+    if (!printed.empty() && told.size() == printed.size()) return told;
+    printed.insert(printed.end(), logged.begin(), logged.end());
+    return printed;
+}
+
+std::string in_one_line(const std::string& result, const std::string& message) {
+    static const std::string both = "refused: ";
+    if (message.rfind(both, 0) == 0) return result + ": " + message.substr(both.size());
+    return result + " " + message;
+}
+
+// What a command did, in the notation of the files.
+std::string observed(line_list printed, const line_list& logged, line_list results) {
+    if (results.empty()) results.push_back("nothing");
+    if (!printed.empty() &&
+        printed.back() == "stderr: Validate kqarch.ini error, code=" + results[0]) {
+        printed.pop_back();
+        results[0] = "invalid " + results[0];
+    }
+    line_list messages = told_once(printed, logged);
+    if (results.size() == 1 && !results[0].empty() && messages.size() <= 1)
+        return messages.empty() ? results[0] : in_one_line(results[0], messages[0]);
+    std::string text;
+    for (const line_list& lines : {messages, results}) {
+        for (const std::string& line : lines)
+            text += line + "\n";
+    }
+    return text;
+}
+
+std::string run_step(const step& each, command_context& context) {
     std::vector<std::string> words = split_command(each.command);
     if (words[0] == "define") {
         context.definitions[words.at(1)] = each.input;
-        return "ok\n";
+        return "ok";
     }
     context.arguments.assign(words.begin() + 1, words.end());
     context.input = expand_input(each.input, context.definitions);
     command_function command = find_command(words[0]);
     output_capture capture(context.instance.error_log());
-    std::string result = command(context);
-    if (!result.empty() && result.back() != '\n') result += "\n";
+    line_list results = lines_of(visible(command(context)));
     for (const arch_cfg_sys_t* registry : {&arch_cfg_sys, &context.own_registry}) {
-        if (std::string fault = list_fault(*registry); !fault.empty()) result += fault + "\n";
+        if (std::string fault = list_fault(*registry); !fault.empty()) results.push_back(fault);
     }
-    return capture.lines() + visible(result);
+    return observed(lines_of(capture.printed()), lines_of(capture.logged()), results);
+}
+
+bool is_success(const std::string& result) {
+    return result == "ok" || result == "0";
+}
+
+// What the row's last command did, or an earlier one that should have succeeded and did not.
+std::string run_row(const row& each, command_context& context) {
+    std::string got;
+    for (const step& next : each.steps) {
+        got = run_step(next, context);
+        if (&next != &each.steps.back() && !is_success(got)) return next.command + " => " + got;
+    }
+    return each.expected.empty() && is_success(got) ? "" : got;
 }
 
 // Records of a registry that is not the process's have no other way to be freed.
@@ -139,24 +198,24 @@ void free_records(arch_cfg_sys_t& registry) {
 
 void run_scenario(const std::filesystem::path& path) {
     bool rewrite = getenv("SCENARIO_REWRITE") != nullptr;
-    std::vector<directive> directives = read_scenario(path);
+    std::vector<row> rows = read_scenario(path);
     instance_directory instance;
     if (instance.open() != 0) throw std::runtime_error("the instance cannot be opened");
     definitions defined;
     arch_cfg_sys_t own_registry = arch_cfg_sys;
     command_context context{{}, "", defined, instance, own_registry};
-    for (directive& each : directives) {
-        std::string got = run_directive(each, context);
+    for (row& each : rows) {
+        std::string got = run_row(each, context);
         if (rewrite)
             each.expected = got;
         else if (got != each.expected)
-            ADD_FAILURE_AT(path.c_str(), each.line) << each.command << "\nexpected:\n"
-                                                    << each.expected << "got:\n"
+            ADD_FAILURE_AT(path.c_str(), each.line) << each.text << "expected:\n"
+                                                    << each.expected << "\ngot:\n"
                                                     << got;
     }
     kq_fault_disarm();
     free_records(own_registry);
-    if (rewrite) write_file(path, write_scenario(directives));
+    if (rewrite) write_file(path, write_scenario(rows));
 }
 
 }  // namespace test_support

@@ -1,20 +1,30 @@
-// Scenario files: commands, their input and the output that is expected of them.
+// Scenario files: tables of commands, each with what has to come of it. A row is
 //
-//     # a comment
-//     load timer_chk=0
-//     [L1] ARCH_TYPE=LOCAL ARCH_DEST=arch1
-//     ----
-//     code 0
+//     COMMAND                  which succeeds: it prints "ok" or the code 0, and no message
+//     COMMAND => RESULT        what it prints, in one line
+//     COMMAND && COMMAND ...   all but the last succeed
 //
-// A directive is a command line, input lines, "----", the expected output, and a blank line. Where
-// the expected output holds a blank line, "----" stands twice before it and twice after it.
+// RESULT stands on a line of its own, "=> RESULT", where the row would be too long, and a result of
+// several lines takes a "| " before each. The result of a function is its code. What else happened
+// stands there too:
 //
-// In arguments and input {TEXT*N} is TEXT N times, \xNN a byte; an argument may stand in double
-// quotes. Input may also use
-//     [NAME] KEY=VALUE KEY=VALUE   a section and its keys on one line (values without blanks)
-//     repeat FROM TO ... end       the lines between, {i} being FROM to TO
+//     -803: TEXT               TEXT was printed to standard error, and logged at level 4
+//     -803 stderr: TEXT        it was only printed; likewise "stdout: TEXT"
+//     -803 log 4: TEXT         it was only logged, at that level
+//     invalid -803 ...         "Validate kqarch.ini error, code=-803" was printed after the rest
+//
+// and where there are more messages than one, each in a line before the result: first what was
+// printed, then what was logged, or "refused: TEXT" if it is the same. <no line feed> ends a printed
+// line without one.
+//
+// A command's input follows on lines that two blanks indent, or after " < ", with "; " between its
+// lines. In arguments and input {TEXT*N} is TEXT N times, \xNN a byte; an argument may stand in
+// double quotes. A line of input may also be
+//     [NAME] KEY=VALUE KEY=VALUE   a section and its keys (values without blanks)
+//     repeat FROM TO LINE          LINE with each number from FROM to TO for {i}
 //     include NAME                 the input of an earlier "define NAME"
-// With SCENARIO_REWRITE=1 in the environment, what is expected is replaced by what is printed.
+// Lines that start with "#" are comments. With SCENARIO_REWRITE=1 in the environment, what is
+// expected is replaced by what was seen; a row that states nothing keeps its silence on success.
 #ifndef TESTS_SUPPORT_SCENARIO_H
 #define TESTS_SUPPORT_SCENARIO_H
 
@@ -29,18 +39,23 @@
 
 namespace test_support {
 
-struct directive {
-    int line;
-    std::string before;  // the file's text from the directive before to the line of "----"
+struct step {
     std::string command;
     std::string input;
-    std::string expected;
 };
 
-std::vector<directive> read_scenario(const std::filesystem::path& path);
-std::string write_scenario(const std::vector<directive>& directives);
+struct row {
+    int line;
+    std::string before;  // comments and blank lines
+    std::string text;    // the row and its input as they stand in the file
+    std::vector<step> steps;
+    std::string expected;  // one line without its end, or several with it; empty if not stated
+};
 
-// What one directive's command works with.
+std::vector<row> read_scenario(const std::filesystem::path& path);
+std::string write_scenario(const std::vector<row>& rows);
+
+// What a command works with.
 struct command_context {
     std::vector<std::string> arguments;  // without the command's name
     std::string input;
@@ -72,8 +87,8 @@ std::string code_text(kqcode_t code);
 // The record of exactly that name, or null.
 arch_cfg_t* find_record(const arch_cfg_sys_t& registry, const std::string& name);
 
-// Runs the file's directives in a new instance directory; a difference is a test failure that
-// names file and line.
+// Runs the file's rows in a new instance directory; a difference is a test failure that names file
+// and line.
 void run_scenario(const std::filesystem::path& path);
 
 }  // namespace test_support

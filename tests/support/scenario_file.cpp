@@ -1,6 +1,5 @@
 // Reading and writing scenario files.
 #include <sstream>
-#include <stdexcept>
 
 #include "support/scenario.h"
 
@@ -8,81 +7,93 @@ namespace test_support {
 
 namespace {
 
-const char* const separator = "----";
+const std::string result_mark = " => ";
+const std::string input_indent = "  ";
+constexpr size_t widest_row = 100;
 
-class line_reader {
-  public:
-    explicit line_reader(const std::string& text) : stream(text) {}
+bool starts_with(const std::string& line, const std::string& start) {
+    return line.rfind(start, 0) == 0;
+}
 
-    bool next(std::string& line) {
-        if (!std::getline(stream, line)) return false;
-        number++;
-        return true;
-    }
+std::vector<std::string> split(const std::string& text, const std::string& separator) {
+    std::vector<std::string> pieces;
+    size_t from = 0;
+    for (size_t at; (at = text.find(separator, from)) != text.npos; from = at + separator.size())
+        pieces.push_back(text.substr(from, at - from));
+    pieces.push_back(text.substr(from));
+    return pieces;
+}
 
-    bool take_separator() {
-        std::string line;
-        std::istringstream::pos_type here = stream.tellg();
-        if (std::getline(stream, line) && line == separator) {
-            number++;
-            return true;
-        }
-        stream.clear();
-        stream.seekg(here);
+step read_step(const std::string& text) {
+    size_t mark = text.find(" < ");
+    step read{text.substr(0, mark), ""};
+    if (mark == text.npos) return read;
+    for (const std::string& line : split(text.substr(mark + 3), "; "))
+        read.input += line + "\n";
+    return read;
+}
+
+row read_row(int number, const std::string& before, const std::string& line) {
+    size_t mark = line.find(result_mark);
+    row read{number, before, line.substr(0, mark) + "\n", {}, ""};
+    if (mark != line.npos) read.expected = line.substr(mark + result_mark.size());
+    for (const std::string& each : split(line.substr(0, mark), " && "))
+        read.steps.push_back(read_step(each));
+    return read;
+}
+
+// Takes a line that belongs to the row before it: input, or what is expected.
+bool take_line(row& last, const std::string& line) {
+    if (starts_with(line, input_indent)) {
+        last.text += line + "\n";
+        last.steps.back().input += line.substr(input_indent.size()) + "\n";
+    } else if (starts_with(line, "=> ")) {
+        last.expected = line.substr(3);
+    } else if (line == "|" || starts_with(line, "| ")) {
+        last.expected += (line == "|" ? "" : line.substr(2)) + "\n";
+    } else {
         return false;
     }
+    return true;
+}
 
-    int number = 0;
-
-  private:
-    std::istringstream stream;
-};
-
-std::string read_expected(line_reader& lines) {
-    std::string expected, line;
-    bool doubled = lines.take_separator();
-    while (lines.next(line) && (doubled || !line.empty())) {
-        if (doubled && line == separator && lines.take_separator()) {
-            lines.next(line);
-            break;
-        }
-        expected += line + "\n";
+std::string row_text(const row& each) {
+    const std::string& expected = each.expected;
+    if (expected.empty()) return each.text;
+    if (expected.back() != '\n') {
+        bool fits = each.text.find('\n') == each.text.size() - 1 &&
+                    each.text.size() - 1 + result_mark.size() + expected.size() <= widest_row;
+        if (!fits) return each.text + result_mark.substr(1) + expected + "\n";
+        return each.text.substr(0, each.text.size() - 1) + result_mark + expected + "\n";
     }
-    return expected;
+    std::string text = each.text;
+    std::istringstream lines(expected);
+    for (std::string line; std::getline(lines, line);)
+        text += (line.empty() ? "|" : "| " + line) + "\n";
+    return text;
 }
 
 }  // namespace
 
-std::vector<directive> read_scenario(const std::filesystem::path& path) {
-    std::vector<directive> directives;
-    line_reader lines(read_file(path));
+std::vector<row> read_scenario(const std::filesystem::path& path) {
+    std::vector<row> rows;
+    std::istringstream lines(read_file(path));
     std::string line, before;
-    while (lines.next(line)) {
-        before += line + "\n";
-        if (line.empty() || line[0] == '#') continue;
-        directive next{lines.number, before, line, "", ""};
-        before.clear();
-        while (lines.next(line)) {
-            next.before += line + "\n";
-            if (line == separator) break;
-            next.input += line + "\n";
+    for (int number = 1; std::getline(lines, line); number++) {
+        if (line.empty() || line[0] == '#') {
+            before += line + "\n";
+        } else if (rows.empty() || !before.empty() || !take_line(rows.back(), line)) {
+            rows.push_back(read_row(number, before, line));
+            before.clear();
         }
-        if (line != separator) throw std::runtime_error(path.string() + ": no ---- at the end");
-        next.expected = read_expected(lines);
-        directives.push_back(next);
     }
-    return directives;
+    return rows;
 }
 
-std::string write_scenario(const std::vector<directive>& directives) {
+std::string write_scenario(const std::vector<row>& rows) {
     std::string text;
-    for (const directive& each : directives) {
-        bool doubled = ("\n" + each.expected).find("\n\n") != std::string::npos;
-        std::string open = doubled ? std::string(separator) + "\n" : "";
-        std::string close = doubled ? open + open : "";
-        text += each.before + open + each.expected + close + "\n";
-    }
-    if (!text.empty()) text.pop_back();
+    for (const row& each : rows)
+        text += each.before + row_text(each);
     return text;
 }
 
