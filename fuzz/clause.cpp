@@ -28,16 +28,16 @@ struct server {
 
     server() {
         os_set_dry_run(1);
-        forget();
+        require(start_from("[L]\nARCH_TYPE = LOCAL\nARCH_DEST = arch1\n") == 0, "start-up");
+        archiving(false);
     }
 
     // Names of instances are anything while archiving is off; start-up needs it on.
     static void archiving(bool on) { ini_set_value(ini_index_arch_flag, on ? 1 : 0); }
 
-    void forget() {
-        archiving(true);
-        require(start_from("[L]\nARCH_TYPE = LOCAL\nARCH_DEST = arch1\n") == 0, "start-up");
-        archiving(false);
+    static void forget() {
+        while (arch_cfg_sys.arch_lst.count > 1)
+            arch_cfg_destroy_for_drs(arch_cfg_sys.arch_lst.end);
     }
 };
 
@@ -142,6 +142,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         std::string clause = clauses.c_str() + at;
         try_clause(clause.data());
     }
-    if (arch_cfg_sys.arch_lst.count > 1) running.forget();
+    running.forget();
     return 0;
 }

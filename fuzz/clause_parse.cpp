@@ -8,6 +8,8 @@
 #include <iterator>
 #include <memory>
 
+#include "watched_block.h"
+
 namespace {
 
 constexpr kqcode_t codes[] = {0,
@@ -44,16 +46,14 @@ void check(const arch_cfg_t& record, kqcode_t code, usint bits, ulint vote_inter
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    std::unique_ptr<schar[]> clause(new schar[size + 1]);
-    std::copy_n(data, size, clause.get());
-    clause[size] = '\0';
-    auto record = std::make_unique<arch_cfg_t>();
-    std::unique_ptr<schar[]> dest(new schar[ARCH_CLAUSE_DEST_MAX + 1]);
+    auto clause = make_text({reinterpret_cast<const char*>(data), size});
+    auto record = make_block<arch_cfg_t>(1);
+    auto dest = make_block<schar>(ARCH_CLAUSE_DEST_MAX + 1);
     memset(dest.get(), 'u', ARCH_CLAUSE_DEST_MAX + 1);
     usint bits = 0;
     ulint vote_interval = 0;
     kqcode_t code =
         arch_cfg_parse_sql(clause.get(), record.get(), dest.get(), &bits, &vote_interval);
-    check(*record, code, bits, vote_interval);
+    check(record[0], code, bits, vote_interval);
     return 0;
 }

@@ -9,10 +9,10 @@
 #include <stdlib.h>
 
 #include <cstdint>
-#include <memory>
 
 #include "support/instance.h"
 #include "support/peer_model.h"
+#include "watched_block.h"
 
 using namespace test_support;
 
@@ -52,7 +52,7 @@ void write_again(const byte* body, ulint size, bool with_names) {
     fill_registry(*entries);
     registry_lock lock;
     demand(arch_cfg_info_len_calc(with_names) == size + 4, "the length is another");
-    auto message = std::make_unique<byte[]>(size + 4);
+    auto message = make_block<byte>(size + 4);
     arch_cfg_info_encode(message.get(), 0, 0, with_names);
     demand(message[0] == (size & 255) && message[1] == size >> 8, "the body's length is another");
     demand(std::equal(body, body + size, message.get() + 4), "the bytes are others");
@@ -74,7 +74,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     demand(is_open, "the instance cannot be opened");
     if (size < 1 || size > 65536) return 0;
     auto body_size = static_cast<ulint>(size - 1);
-    auto body = std::make_unique<byte[]>(body_size);
+    auto body = make_block<byte>(body_size);
     std::copy(data + 1, data + size, body.get());
     const paths& own = receivers[data[0] % std::size(receivers)];
     ulint nodes = data[0] / 4 % 4;

@@ -4,8 +4,6 @@
 #include <unistd.h>
 
 #include <stdexcept>
-#include <utility>
-#include <vector>
 
 #include "support/fields.h"
 
@@ -39,10 +37,8 @@ kqcode_t start_from(const std::string& text) {
 }
 
 kqcode_t start_up_aside(kqbool valid_chk, const std::function<void()>& look) {
-    arch_cfg_lst_t list = std::exchange(arch_cfg_sys.arch_lst, {});
-    std::vector<std::string> settings;
-    for (const auto& each : registry_fields())
-        settings.push_back(each.get(arch_cfg_sys));
+    arch_cfg_sys_t running = arch_cfg_sys;
+    arch_cfg_sys.arch_lst = {};
     arch_cfg_sys_destroy();
     kqcode_t code = arch_cfg_sys_init_with_check(nullptr, 1, valid_chk, 1);
     if (code == 0) {
@@ -50,9 +46,8 @@ kqcode_t start_up_aside(kqbool valid_chk, const std::function<void()>& look) {
         arch_cfg_sys_destroy();
     }
     arch_cfg_sys_init_env();
-    for (size_t i = 0; i < settings.size(); i++)
-        registry_fields()[i].set(arch_cfg_sys, settings[i]);
-    arch_cfg_sys.arch_lst = list;
+    running.mutex = arch_cfg_sys.mutex;
+    arch_cfg_sys = running;
     return code;
 }
 
