@@ -56,8 +56,10 @@ kqcode_t read_whole(const schar* path, file_text& text) {
     }
 }
 
+// A carriage return before the line feed is none of the text either, and no text that ends with one
+// would be read back from the line that is written of it.
 bool is_blank(char c) {
-    return c == ' ' || c == '\t';
+    return c == ' ' || c == '\t' || c == '\r';
 }
 
 // A piece of the text, from `begin` up to `end`.
@@ -97,7 +99,6 @@ struct bad_line {
 
 // False for a line that says nothing: a blank one or a comment.
 bool parse_line(span piece, kq_ini_line_t& line, bad_line& bad) {
-    if (piece.begin < piece.end && piece.end[-1] == '\r') --piece.end;
     if (piece.find('\0') != nullptr) {
         bad.fill(line, "NUL byte");
         return true;

@@ -45,6 +45,7 @@ TEST(ini_walk, cuts_a_text_into_lines) {
         {"\xef\xbb\xbf[s]\r\na=b\r\n", "1 section<s><>\n2 key<a><b>\n"},
         {"\xef\xbb\xbf", ""},
         {"a=b\r", "1 key<a><b>\n"},
+        {"[s\r ]\r\r\na=\r b \r \r\n", "1 section<s><>\n2 key<a><b>\n"},
         {"a=b\rc", "1 key<a><b\rc>\n"},
         {" \t a b \t = \t c d \t \nx =\n", "1 key<a b><c d>\n2 key<x><>\n"},
         {"# c\n \t; c\na = 1 # 2 ; 3\n#", "3 key<a><1 # 2 ; 3>\n"},
