@@ -469,7 +469,8 @@ ARCH_CFG_API void arch_cfg_write_subscribe_ini(schar* rec_str, schar* buf, arch_
 /* Rewrites kqarch.ini in the configuration directory with the text of the process registry. The
  * file is rewritten in place, mode and owner kept; a new one gets mode 0600. The text is complete
  * before the file is opened, and on disk on return. A failure in between leaves the file short: a
- * caller who wants it back makes a backup first (arch_file_gen_bak).
+ * caller who wants it back makes a backup first (arch_file_gen_bak). Where the process has a limit
+ * of file sizes it ignores SIGXFSZ, else that limit ends it.
  *   ARCH_E_FILE_OPEN      it cannot be opened or is no regular file (silent), or cannot be written
  *                         whole (logged only, with the file and the reason)
  *   ARCH_E_OUT_OF_MEMORY  the text does not fit (arch_cfg_sys_write_to_rec); the file is untouched
@@ -914,8 +915,9 @@ ARCH_CFG_API void arch_cfg_sys_destroy_one_ep(usint ep_no) KQ_EXCLUDES(arch_cfg_
  * only, at level 4, changes at level 2; names ignore case, and do not lie in a record. */
 
 /* Adds a RAFT or LEARNER member: section ARCHIVE_<dest>. `raft_cnt` is not changed. `ip` may be
- * null for none. Returns the record through `arch_out`, null when it was not added. A name of more
- * than 16 characters is added, but start-up reads none. In this order:
+ * null for none. Returns the record through `arch_out`, null when it was not added. The name also
+ * goes to `dest_insts`, upper-case as start-up reads it; one of more than 16 characters does not:
+ * it is added, but start-up reads none. In this order:
  *   ARCH_E_INVALID_TYPE      `arch_type` is neither
  *   ARCH_E_TOO_MANY_LEARNER, ARCH_E_TOO_MANY_RAFT   9 LEARNER or 8 RAFT exist
  *   ARCH_E_TOO_LONG          `dest` has more than 120 characters
@@ -976,7 +978,7 @@ ARCH_CFG_API kqcode_t arch_cfg_delete_raft(const schar* dest_name) KQ_EXCLUDES(a
 /* The voters become those of a list, which names this node too: RAFT records that it does not name
  * are removed, none is added, and `raft_cnt` becomes the list's length less 1.
  * ARCH_E_INVALID_VALUE, silent and nothing changed, for an empty or null list. Lock: taken. */
-ARCH_CFG_API kqcode_t arch_cfg_change_to_new(usint new_node_num, const sysname_t* new_node_arr,
+ARCH_CFG_API kqcode_t arch_cfg_change_to_new(usint new_node_num, sysname_t* new_node_arr,
                                              schar* rec) KQ_EXCLUDES(arch_cfg_sys.mutex);
 
 /* The learners that a list names become voters; when it names this node, `raft_learner` becomes 0.
@@ -985,9 +987,9 @@ ARCH_CFG_API kqcode_t arch_cfg_change_to_new(usint new_node_num, const sysname_t
  *   ARCH_E_DEST_NOT_FOUND   at the first name that is nobody's: the promotions before it stay
  *   ARCH_E_INVALID_VALUE    a null list of more than no names; silent
  * Lock: taken. */
-ARCH_CFG_API kqcode_t arch_cfg_change_learner_to_raft(usint new_node_num,
-                                                      const sysname_t* new_node_arr, schar* rec,
-                                                      usint* n_learner, usint* learner_id_arr)
+ARCH_CFG_API kqcode_t arch_cfg_change_learner_to_raft(usint new_node_num, sysname_t* new_node_arr,
+                                                      schar* rec, usint* n_learner,
+                                                      usint* learner_id_arr)
     KQ_EXCLUDES(arch_cfg_sys.mutex);
 
 /* Sets `raft_cnt` to the number of RAFT records. Lock: taken. */

@@ -143,7 +143,7 @@ void expect_lock_free(const char* after) {
 TEST_F(raft_threads, no_failure_keeps_the_lock) {
     static schar rec[ARCH_CFG_TEXT_SIZE];
     static arch_cfg_t* added;
-    static const sysname_t nobody[1] = {"NOBODY"};
+    static sysname_t nobody[1] = {"NOBODY"};
     auto add = [](const char* dest, usint id, usint type) {
         return arch_cfg_add_learner_or_raft(dest, "h", 1, id, 0, type, &added, rec);
     };

@@ -59,8 +59,8 @@ std::vector<schar> name_list(const context& call, size_t first, usint& count) {
     return block;
 }
 
-const sysname_t* names_of(const std::vector<schar>& block) {
-    return block.empty() ? nullptr : reinterpret_cast<const sysname_t*>(block.data());
+sysname_t* names_of(std::vector<schar>& block) {
+    return block.empty() ? nullptr : reinterpret_cast<sysname_t*>(block.data());
 }
 
 // DEST IP PORT DEST_ID CENTER_ID TYPE
@@ -129,7 +129,7 @@ std::string promote(const context& call) {
                                                     counted ? &promoted : nullptr,
                                                     listed ? ids.data() : nullptr);
     std::string text = code_text(code) + rec.verdict();
-    if (counted) text += "\n" + std::to_string(promoted) + " promoted:";
+    if (counted) text += ", " + std::to_string(promoted) + " promoted:";
     for (usint id : ids)
         if (id != 77) text += " " + std::to_string(id);
     return text;

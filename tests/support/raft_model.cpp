@@ -61,14 +61,18 @@ std::string section_text(const model_section& section) {
     return text + "\n";
 }
 
+// A longer name is none of an instance.
+std::string instance_of(const model_section& section) {
+    bool is_name = section.is_member() && section.dest.size() <= ARCH_INST_NAME_MAX;
+    return is_name ? upper(section.dest) : "";
+}
+
 bool same_record(const model_section& section, const arch_cfg_t& arch) {
     return arch.name == section.name && arch.type == section.type && arch.dest == section.dest &&
            arch.arch_dest_ip == section.ip && arch.arch_dest_port == section.port &&
            arch.arch_dest_id == section.id && arch.arch_center_id == section.center &&
-           arch.n_inst == 1 &&
-           arch.dest_insts[0] ==
-               (section.is_member() ? upper(section.dest).substr(0, ARCH_INST_NAME_MAX) : "") &&
-           arch.hang_flag == 1 && arch.status == 1 && arch.arch_failover == ARCH_UNSET_FLAG;
+           arch.n_inst == 1 && arch.dest_insts[0] == instance_of(section) && arch.hang_flag == 1 &&
+           arch.status == 1 && arch.arch_failover == ARCH_UNSET_FLAG;
 }
 
 }  // namespace

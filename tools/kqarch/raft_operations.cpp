@@ -36,7 +36,7 @@ class name_list {
     }
 
     usint count() const { return static_cast<usint>(names_.size()); }
-    const sysname_t* data() const { return names_.empty() ? nullptr : &names_.front().text; }
+    sysname_t* data() { return names_.empty() ? nullptr : &names_.front().text; }
 
   private:
     struct member_name {

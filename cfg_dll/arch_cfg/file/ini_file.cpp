@@ -26,20 +26,21 @@ const schar* separator() {
     return global_ini_info.config_path[0] != '\0' ? "/" : "";
 }
 
-// Opens the file and empties it; negative for what is no regular file. A pipe in the file's place
-// must not hold the caller up.
+// A pipe in the file's place would hold the caller up.
+bool is_no_regular_file(const schar* path) {
+    struct stat status;
+    return stat(path, &status) == 0 && !S_ISREG(status.st_mode);
+}
+
+// Opens the file and empties it; negative when that fails.
 int open_for_rewrite(const schar* path) {
-    constexpr int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+    if (is_no_regular_file(path)) return -1;
+    constexpr int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY;
     int file = -1;
     do {
         file = open(path, flags, 0600);
     } while (file < 0 && errno == EINTR);
-    if (file < 0) return file;
-
-    struct stat status;
-    if (fstat(file, &status) == 0 && S_ISREG(status.st_mode)) return file;
-    (void)close(file);
-    return -1;
+    return file;
 }
 
 bool write_whole(int file, std::string_view text) {

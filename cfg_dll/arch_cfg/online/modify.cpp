@@ -134,11 +134,12 @@ kqcode_t check_to_remote(const change& asked) {
     if (const kqcode_t code = check_stored_instance_in_mal(asked.stored); code < 0) return code;
     if (asked.registry.arch_local_share == 1 && !same_path(path, asked.stored.dest))
         return ARCH_E_SHARED_PATH_CHANGED;
+    if (const kqcode_t code = check_sizes(asked.wanted); code < 0) return code;
     if (!survives_reading(text_in(path)))
         return refuse_logged(ARCH_E_INVALID_DEST,
                              "REMOTE archive: ARCH_INCOMING_PATH would not be read back from "
                              "kqarch.ini as it is");
-    return check_sizes(asked.wanted);
+    return 0;
 }
 
 // Nothing is moved before the text is known to be short.

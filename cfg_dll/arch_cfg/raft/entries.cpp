@@ -1,5 +1,6 @@
 // RAFT and LEARNER entries: adding one, and asking for one. Every refusal here is logged only.
 #include <cstdio>
+#include <cstring>
 
 #include "common/lock.h"
 #include "common/report.h"
@@ -136,9 +137,12 @@ arch_cfg_t* new_member(const schar* name, const member& asked, usint center_id, 
     arch_init(arch, name);
     arch->type = type;
     copy_text(arch->dest, asked.dest);
-    // As start-up reads it, so that the member has its name before and after a restart.
-    copy_text(arch->dest_insts[0], asked.dest);
-    (void)kq_strupr(arch->dest_insts[0]);
+    // As start-up reads it, so that the member has its name before and after a restart. A longer
+    // one is no instance's name, and part of it might be another's.
+    if (std::strlen(asked.dest) <= ARCH_INST_NAME_MAX) {
+        copy_text(arch->dest_insts[0], asked.dest);
+        (void)kq_strupr(arch->dest_insts[0]);
+    }
     copy_text(arch->arch_dest_ip, asked.ip);
     arch->arch_dest_port = asked.port;
     arch->arch_dest_id = asked.dest_id;
@@ -232,17 +236,21 @@ kqcode_t arch_cfg_validate_raft_info(const schar* arch_name, const schar* dest, 
 
 kqcode_t arch_cfg_update_raft_info(const schar* dest_name, const schar* new_xmal_ip,
                                    usint new_xmal_port) {
+    const bool itself = same_text(dest_name, global_ini_info.instance_name);
+    arch_cfg_t* arch = itself ? nullptr : find_member(arch_cfg_sys, dest_name);
+    if (!itself && arch == nullptr) return 0;
+
     const std::string_view ip = new_xmal_ip != nullptr ? new_xmal_ip : "";
     if (!is_writable_address(ip)) {
         return refuse_logged(0,
                              "arch_cfg_update_raft_info, new address of [%s] can not stand in "
                              "kqarch.ini, the old one stays.",
-                             dest_name != nullptr ? dest_name : "");
+                             dest_name);
     }
-    if (same_text(dest_name, global_ini_info.instance_name)) {
+    if (itself) {
         copy_text(arch_cfg_sys.xmal_ip, ip);
         arch_cfg_sys.xmal_port = new_xmal_port;
-    } else if (arch_cfg_t* arch = find_member(arch_cfg_sys, dest_name)) {
+    } else {
         copy_text(arch->arch_dest_ip, ip);
         arch->arch_dest_port = new_xmal_port;
     }

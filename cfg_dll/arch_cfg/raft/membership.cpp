@@ -127,7 +127,7 @@ kqcode_t arch_cfg_delete_raft(const schar* dest_name) {
     return 0;
 }
 
-kqcode_t arch_cfg_change_to_new(usint new_node_num, const sysname_t* new_node_arr, schar* rec) {
+kqcode_t arch_cfg_change_to_new(usint new_node_num, sysname_t* new_node_arr, schar* rec) {
     clear_record(rec);
     if (new_node_num == 0 || new_node_arr == nullptr) return ARCH_E_INVALID_VALUE;
     const names list(new_node_arr, new_node_num);
@@ -143,8 +143,8 @@ kqcode_t arch_cfg_change_to_new(usint new_node_num, const sysname_t* new_node_ar
     return code;
 }
 
-kqcode_t arch_cfg_change_learner_to_raft(usint new_node_num, const sysname_t* new_node_arr,
-                                         schar* rec, usint* n_learner, usint* learner_id_arr) {
+kqcode_t arch_cfg_change_learner_to_raft(usint new_node_num, sysname_t* new_node_arr, schar* rec,
+                                         usint* n_learner, usint* learner_id_arr) {
     clear_record(rec);
     if (n_learner != nullptr) *n_learner = 0;
     if (new_node_num > 0 && new_node_arr == nullptr) return ARCH_E_INVALID_VALUE;
