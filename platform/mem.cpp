@@ -11,18 +11,14 @@
 
 using namespace platform;
 
-namespace {
-
-// What stands before each block: its place in the pool's list and the size asked for.
-struct alignas(std::max_align_t) block_header {
-    block_header* prev;
-    block_header* next;
-    ulint64 size;
-};
-
-}  // namespace
-
 struct kqenv_struct {
+    // What stands before each block: its place in the pool's list and the size asked for.
+    struct alignas(std::max_align_t) block_header {
+        block_header* prev;
+        block_header* next;
+        ulint64 size;
+    };
+
     std::mutex mutex;
     ulint64 limit = 0;
     ulint64 used = 0;
@@ -31,6 +27,8 @@ struct kqenv_struct {
 };
 
 namespace {
+
+using block_header = kqenv_struct::block_header;
 
 void link_block(kqenv_struct& pool, block_header* header) {
     header->prev = nullptr;

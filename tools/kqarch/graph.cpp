@@ -16,7 +16,7 @@ struct format_row {
 constexpr format_row format_rows[] = {
     {"ascii", nullptr}, {"dot", draw_dot}, {"mermaid", draw_mermaid}, {"svg", draw_svg}};
 
-size_t label_width(const graph& drawn, size_t from) {
+size_t widest_label(const graph& drawn, size_t from) {
     size_t width = 0;
     for (const edge& one : drawn.edges)
         if (one.from == from) width = std::max(width, display_width(one.label));
@@ -41,7 +41,7 @@ void print_source(const graph& drawn, size_t at, output& out) {
     out.print("\n");
     print_line(with_mark(source.name + "  (" + join(details, ", ") + ")", source.problems),
                !source.problems.empty(), out);
-    size_t width = label_width(drawn, at);
+    size_t width = widest_label(drawn, at);
     for (const edge& one : drawn.edges) {
         if (one.from != at) continue;
         const box& target = drawn.boxes[one.to];

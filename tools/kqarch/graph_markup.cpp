@@ -2,29 +2,10 @@
 #include <cctype>
 
 #include "graph.h"
+#include "graph_style.h"
 #include "text.h"
 
 namespace {
-
-constexpr const char* wrong_colour = "#c01818";
-
-struct kind_row {
-    const char* shape;  // of DOT
-    const char* colour;
-};
-
-constexpr kind_row kind_rows[] = {
-    {"box", "#dbe8fb"},      // instance
-    {"box", "#eeeeee"},      // remote
-    {"folder", "#e3f3e3"},   // directory
-    {"box", "#fdf0d5"},      // standby
-    {"box", "#f0e3f7"},      // subscriber
-    {"ellipse", "#d9f0f0"},  // Raft group
-};
-
-const kind_row& row_of(box_kind kind) {
-    return kind_rows[static_cast<size_t>(kind)];
-}
 
 std::vector<std::string> lines_of(const box& drawn) {
     std::vector<std::string> lines = {drawn.name, kind_name(drawn.kind)};
@@ -92,8 +73,8 @@ std::string draw_dot(const graph& drawn) {
     text += "    label=" + dot_text(title, "\\l") + ";\n";
     for (size_t i = 0; i < drawn.boxes.size(); ++i) {
         const box& one = drawn.boxes[i];
-        const kind_row& row = row_of(one.kind);
-        text += "    " + node_id(i) + " [shape=" + row.shape + ", fillcolor=\"" + row.colour +
+        const box_style& style = style_of(one.kind);
+        text += "    " + node_id(i) + " [shape=" + style.shape + ", fillcolor=\"" + style.fill +
                 "\", label=" + dot_text(lines_of(one)) + dot_wrong(!one.problems.empty()) + "];\n";
     }
     for (const edge& one : drawn.edges)
@@ -107,7 +88,7 @@ std::string draw_mermaid(const graph& drawn) {
     for (size_t i = 0; i < drawn.boxes.size(); ++i) {
         const box& one = drawn.boxes[i];
         text += "    " + node_id(i) + "[" + mermaid_text(lines_of(one)) + "]\n";
-        text += "    style " + node_id(i) + " fill:" + row_of(one.kind).colour;
+        text += "    style " + node_id(i) + " fill:" + style_of(one.kind).fill;
         if (!one.problems.empty())
             text += std::string(",stroke:") + wrong_colour + ",stroke-width:3px";
         text += "\n";

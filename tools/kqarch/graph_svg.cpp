@@ -9,6 +9,7 @@
 #include <cstdio>
 
 #include "graph.h"
+#include "graph_style.h"
 #include "text.h"
 
 namespace {
@@ -24,24 +25,7 @@ constexpr double bend_width = 150;  // for the edges to change lanes
 constexpr double entry_height = 14;
 constexpr size_t longest_problem_line = 100;
 
-constexpr const char* wrong_colour = "#c01818";
-constexpr const char* good_colour = "#1c7a35";
 constexpr const char* font = "'DejaVu Sans Mono', Menlo, Consolas, 'Liberation Mono', monospace";
-
-struct kind_row {
-    const char* fill;
-    const char* stroke;
-    double corner;
-};
-
-constexpr kind_row kind_rows[] = {
-    {"#dbe8fb", "#2458a6", 10},  // instance
-    {"#f4f4f4", "#777777", 10},  // remote
-    {"#e3f3e3", "#2f7d3b", 2},   // directory
-    {"#fdf0d5", "#a86f00", 10},  // standby
-    {"#f0e3f7", "#7a3b9c", 10},  // subscriber
-    {"#d9f0f0", "#14747a", 22},  // Raft group
-};
 
 std::string number(double value) {
     char text[32];
@@ -195,12 +179,12 @@ class svg_picture {
     void draw_box(size_t at) {
         const box& one = drawn_.boxes[at];
         const placed_box& place = places_[at];
-        const kind_row& row = kind_rows[static_cast<size_t>(one.kind)];
+        const box_style& style = style_of(one.kind);
         bool wrong = !one.problems.empty();
         body_ += "<rect x=\"" + number(place.left) + "\" y=\"" + number(place.top) + "\" width=\"" +
                  number(place.width) + "\" height=\"" + number(place.height) + "\" rx=\"" +
-                 number(row.corner) + "\" fill=\"" + row.fill + "\" stroke=\"" +
-                 (wrong ? wrong_colour : row.stroke) + "\" stroke-width=\"" +
+                 number(style.corner) + "\" fill=\"" + style.fill + "\" stroke=\"" +
+                 (wrong ? wrong_colour : style.stroke) + "\" stroke-width=\"" +
                  (wrong ? "3" : "1.5") + "\"" +
                  (one.kind == box_kind::remote ? " stroke-dasharray=\"6 4\"" : "") + "/>\n";
         std::vector<std::string> lines = small_lines(one);
