@@ -92,7 +92,7 @@ parsed_clause parse_clause(const clause_text& given) {
     std::string dest = dest_buffer("");
     clause.result.code = arch_cfg_parse_sql(buffer.data(), &clause.record, dest.data(),
                                             &clause.named, &clause.raft_vote_interval);
-    clause.dest = dest.c_str();
+    clause.dest.assign(dest.c_str());
     for (segment& one : segments_of(given.text))
         clause.keywords.insert(std::move(one.keyword));
     return clause;

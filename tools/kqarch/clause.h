@@ -26,7 +26,7 @@ struct parsed_clause {
     arch_cfg_t record;
     std::string dest;  // empty without DEST
     usint named = 0;   // enum arch_cfg_mod
-    ulint raft_vote_interval;
+    ulint raft_vote_interval = 0;
     std::set<std::string> keywords;  // upper case
 
     bool names(const std::string& keyword) const { return keywords.contains(keyword); }

@@ -33,7 +33,7 @@ std::string without_passwords(const std::string& text) {
         text_place place =
             destination || type != ARCH_TYPE_SUBSCRIBE ? place_of(type) : text_place::other;
         if (line.find(" = ") != line.npos)
-            line = line.substr(0, begin) + hide_password(line.substr(begin), place);
+            line.replace(begin, line.npos, hide_password(line.substr(begin), place));
         else if (!is_comment(line))
             line = hide_password(line, text_place::other);
     }

@@ -62,7 +62,7 @@ class modification {
         kqcode_t code =
             arch_cfg_validate_for_modify(&wanted_, &stored_, clause_.named, dest_.data());
         if (code < 0) return {code, ""};
-        dest_ = dest_.c_str();
+        dest_.resize(std::strlen(dest_.c_str()));
         if (wanted_.type != stored_.type) change_type();
         take_values();
         captured texts = take_texts();
