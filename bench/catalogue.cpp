@@ -62,7 +62,7 @@ constexpr single_row singly[] = {
 constexpr ulint counts[] = {10, 100, 1000, 10000};
 
 constexpr growth_row growing[] = {
-    {"create", "create the sections, and destroy", create_sections, counts},
+    {"create", "load sections without a line, and destroy", create_sections, counts},
     {"load_sections", "load them from disk, not validated, and destroy", load_sections, counts},
     // More do not fit into the text's buffer.
     {"write_sections", "write their text", write_sections, std::span(counts).first(3)},

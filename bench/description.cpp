@@ -151,6 +151,14 @@ description local_sections(ulint count) {
     return made;
 }
 
+description section_headers(ulint count) {
+    description made;
+    for (ulint i = 1; i <= count; ++i)
+        made.destinations.push_back(
+            {"ARCHIVE_LOCAL" + std::to_string(i), ARCH_TYPE_NONE, {}, "", i});
+    return made;
+}
+
 std::string dest_text(const destination& dest) {
     if (dest.type == ARCH_TYPE_LOCAL) return dest.directory;
     std::string joined;
@@ -164,6 +172,7 @@ std::string kqarch_text(const description& instance) {
     for (const destination& dest : instance.destinations) {
         text += "\n[" + dest.section + "]\n";
         if (&dest == &instance.destinations.front()) text += instance.settings;
+        if (dest.type == ARCH_TYPE_NONE) continue;
         text += line("ARCH_TYPE", arch_cfg_get_arch_name_by_type(dest.type));
         text += line("ARCH_DEST", dest_text(dest));
         text += own_lines(dest);

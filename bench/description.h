@@ -41,6 +41,9 @@ description fifty_destinations();
 // More LOCAL than validation allows.
 description local_sections(ulint count);
 
+// Sections without a line.
+description section_headers(ulint count);
+
 // ARCH_DEST of a destination as kqarch.ini has it.
 std::string dest_text(const destination& dest);
 

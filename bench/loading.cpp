@@ -8,11 +8,6 @@
 namespace bench {
 namespace {
 
-// Whether all iterations together made `expected` records each time.
-bool is_complete(std::size_t made, std::size_t expected, const benchmark::State& state) {
-    return made == expected * static_cast<std::size_t>(state.iterations());
-}
-
 // Loads and destroys again and again.
 void load_repeatedly(benchmark::State& state, const instance& on) {
     { const loaded_registry once(on); }
@@ -22,7 +17,8 @@ void load_repeatedly(benchmark::State& state, const instance& on) {
         loaded += arch_cfg_sys.arch_lst.count;
         arch_cfg_sys_destroy();
     }
-    check(is_complete(loaded, on.destinations().size(), state), "a load failed");
+    check(loaded == on.destinations().size() * static_cast<std::size_t>(state.iterations()),
+          "a load failed");
 }
 
 }  // namespace
@@ -108,18 +104,8 @@ void probe_one_bare(benchmark::State& state) {
 }
 
 void create_sections(benchmark::State& state, ulint count) {
-    std::vector<std::string> names;
-    for (const destination& dest : local_sections(count).destinations)
-        names.push_back(dest.section);
-    std::size_t created = 0;
-    for (auto _ : state) {
-        arch_cfg_sys_init_env();
-        for (const std::string& name : names)
-            (void)arch_cfg_create(nullptr, name.c_str(), nullptr);
-        created += arch_cfg_sys.arch_lst.count;
-        arch_cfg_sys_destroy();
-    }
-    check(is_complete(created, names.size(), state), "a section was not created");
+    const instance on(section_headers(count));
+    load_repeatedly(state, on);
 }
 
 void load_sections(benchmark::State& state, ulint count) {

@@ -2,6 +2,7 @@
 #ifndef ARCH_COMMON_TEXT_H
 #define ARCH_COMMON_TEXT_H
 
+#include <array>
 #include <cstddef>
 #include <cstring>
 #include <string_view>
@@ -14,6 +15,29 @@ namespace arch {
 template <std::size_t Size>
 std::string_view text_in(const schar (&field)[Size]) {
     return {field, strnlen(field, Size)};
+}
+
+// Copies a text that overlaps nothing. Most are short: two pieces, which may overlap each other, cost
+// less than a call.
+inline void copy_characters(schar* to, std::string_view text) {
+    const auto in_two = [&](auto piece) {
+        auto last = piece;
+        std::memcpy(&piece, text.data(), sizeof piece);
+        std::memcpy(&last, text.data() + text.size() - sizeof last, sizeof last);
+        std::memcpy(to, &piece, sizeof piece);
+        std::memcpy(to + text.size() - sizeof last, &last, sizeof last);
+    };
+    if (text.size() > 32)
+        std::memcpy(to, text.data(), text.size());
+    else if (text.size() >= 16)
+        in_two(std::array<ulint64, 2>{});
+    else if (text.size() >= 8)
+        in_two(ulint64{});
+    else if (text.size() >= 4)
+        in_two(ulint{});
+    else
+        for (std::size_t i = 0; i < text.size(); ++i)
+            to[i] = text[i];
 }
 
 // Copies as much of a text as the field takes, and terminates it. The text may be the field's own.

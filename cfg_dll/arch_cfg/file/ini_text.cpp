@@ -3,63 +3,26 @@
 // What a section holds is a list of rows: the key and how its value is appended. A line is the
 // format of the INI module's key table with the value in place of its one conversion.
 #include <algorithm>
-#include <charconv>
 #include <span>
 #include <type_traits>
 
 #include "common/report.h"
 #include "common/server.h"
+#include "file/text_writer.h"
 #include "os.h"
 #include "registry/registry.h"
 
 using namespace arch;
 
 namespace arch {
+
+text_writer::key_format text_writer::split_format(ulint index) {
+    const std::string_view format = ini_get_other_ini_info_by_index(index)->para_string;
+    const std::size_t conversion = format.find('%');
+    return {format.substr(0, conversion), format.substr(conversion + 2)};
+}
+
 namespace {
-
-// Appends to a buffer and keeps its end; what does not fit is left out, and remembered.
-class text_writer {
-  public:
-    text_writer(schar* end, std::size_t room) : end_(end), room_(room - 1) {}
-
-    void append(std::string_view text) {
-        if (text.size() > room_) {
-            fits_ = false;
-            return;
-        }
-        std::memcpy(end_, text.data(), text.size());
-        end_ += text.size();
-        room_ -= text.size();
-    }
-
-    // The line of a key.
-    void key(ulint index, std::string_view value) {
-        const std::string_view format = ini_get_other_ini_info_by_index(index)->para_string;
-        const std::size_t conversion = format.find('%');
-        append(format.substr(0, conversion));
-        append(value);
-        append(format.substr(conversion + 2));
-    }
-
-    void key(ulint index, ulint value) {
-        schar digits[10];
-        const auto [end, error] = std::to_chars(digits, std::end(digits), value);
-        key(index, std::string_view(digits, end));
-    }
-
-    // Terminates the text; false when something did not fit.
-    bool close() {
-        *end_ = '\0';
-        return fits_;
-    }
-
-    const schar* end() const { return end_; }
-
-  private:
-    schar* end_;
-    std::size_t room_;  // without the terminator
-    bool fits_ = true;
-};
 
 template <typename Record>
 struct text_line {
@@ -109,18 +72,10 @@ void raft_type_name(text_writer& out, ulint index, const arch_cfg_t& arch) {
     out.key(index, std::string_view(arch_cfg_get_arch_name_by_type(type)));
 }
 
-// The instance names joined with "/"; the first entry alone when the record counts none.
+// The instance names; the first entry alone when the record counts none.
 void instance_list(text_writer& out, ulint index, const arch_cfg_t& arch) {
-    schar joined[ARCH_INST_MAX * sizeof arch.dest_insts[0] + ARCH_INST_MAX];
     const std::size_t count = std::max<std::size_t>(instance_names(arch).size(), 1);
-    std::size_t length = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::string_view name = text_in(arch.dest_insts[i]);
-        if (i > 0) joined[length++] = '/';
-        std::memcpy(joined + length, name.data(), name.size());
-        length += name.size();
-    }
-    out.key(index, std::string_view(joined, length));
+    out.key_list(index, std::span(arch.dest_insts).first(count));
 }
 
 void line_feed(text_writer& out, ulint, const arch_cfg_t&) {

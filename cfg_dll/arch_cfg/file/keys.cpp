@@ -12,7 +12,9 @@
 #include "common/lock.h"
 #include "common/report.h"
 #include "common/server.h"
+#include "file/key_numbers.h"
 #include "os.h"
+#include "registry/reading.h"
 #include "registry/registry.h"
 #include "utl.h"
 
@@ -252,26 +254,17 @@ constexpr key_row key_rows[] = {
     global(ini_index_arch_asm_striping, in_registry<&sys::arch_asm_striping, is_striping_size>),
 };
 
-// Two runs of indexes, each in its order and without a gap: a row is found by subtraction.
-constexpr ulint first_run = ini_index_arch_type;
-constexpr ulint first_run_size = ini_index_arch_recv_path - ini_index_arch_type + 1;
-constexpr ulint second_run = ini_index_arch_asm_mirror;
-
 constexpr bool rows_are_in_place() {
-    for (ulint i = 0; i < std::size(key_rows); ++i) {
-        const ulint due = i < first_run_size ? first_run + i : second_run + i - first_run_size;
-        if (key_rows[i].index != due) return false;
-    }
-    return std::size(key_rows) == first_run_size + 2;
+    for (ulint i = 0; i < std::size(key_rows); ++i)
+        if (key_number(key_rows[i].index) != i) return false;
+    return std::size(key_rows) == key_count;
 }
 static_assert(rows_are_in_place());
 
 // The row of an index, or null for a key of another file (or of none: -1).
 const key_row* row_of(lint index) {
-    const ulint number = static_cast<ulint>(index);
-    if (number - first_run < first_run_size) return &key_rows[number - first_run];
-    if (number - second_run < 2) return &key_rows[first_run_size + number - second_run];
-    return nullptr;
+    const ulint number = key_number(static_cast<ulint>(index));
+    return number < key_count ? &key_rows[number] : nullptr;
 }
 
 // ---- Applying a line ----
@@ -279,6 +272,7 @@ const key_row* row_of(lint index) {
 kqcode_t apply_key(arch_cfg_sys_t& registry, arch_cfg_t* section, const key_row& row,
                    const schar* name, schar* text) {
     const other_ini_alterable_t& key = *ini_get_other_ini_info_by_index(row.index);
+    if (reading_index* index = reading_index::of(arch_cfg_sys)) index->change(section);
     key_line line{registry, section, key, text, 0};
     if (key.is_str == 0) {
         if (ini_is_integer(text) == 0) return ARCH_E_INVALID_VALUE;

@@ -15,7 +15,7 @@ using namespace arch;
 namespace {
 
 kqcode_t create_section(arch_cfg_sys_t& registry, const schar* name, arch_cfg_t*& created) {
-    if (find_section(registry, name) != nullptr) {
+    if (section_exists(registry, name)) {
         created = nullptr;
         return ARCH_E_DUPLICATE_NAME;
     }

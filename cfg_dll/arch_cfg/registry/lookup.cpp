@@ -1,50 +1,25 @@
 // Finding records by what their destination points at.
 #include "common/lock.h"
-#include "common/text.h"
-#include "registry/registry.h"
+#include "registry/answers.h"
 
 using namespace arch;
 
 namespace arch {
-namespace {
-
-bool names_instance(const arch_cfg_t& arch, const schar* text) {
-    for (const auto& name : instance_names(arch))
-        if (same_text(name, text)) return true;
-    return false;
-}
-
-bool answers_to(const arch_cfg_t& arch, const schar* text) {
-    switch (arch.type) {
-        case ARCH_TYPE_LOCAL:
-        case ARCH_TYPE_RAFT:
-        case ARCH_TYPE_LEARNER:
-            return same_text(arch.dest, text);
-        case ARCH_TYPE_REMOTE:
-            return same_text(arch.timer_name, text);
-        case ARCH_TYPE_REALTIME:
-        case ARCH_TYPE_SYNC:
-        case ARCH_TYPE_ASYNC:
-        case ARCH_TYPE_TIMELY:
-            return names_instance(arch, text);
-        default:
-            return false;
-    }
-}
-
-}  // namespace
 
 arch_cfg_t* find_destination(const arch_cfg_sys_t& registry, const schar* text,
                              const arch_cfg_t* except) {
     if (text == nullptr) return nullptr;
+    const folded_text sought(text);
     for (arch_cfg_t& arch : destinations(registry))
-        if (&arch != except && answers_to(arch, text)) return &arch;
+        if (&arch != except && answers_to(arch, sought)) return &arch;
     return nullptr;
 }
 
 arch_cfg_t* find_section(const arch_cfg_sys_t& registry, const schar* name) {
+    if (name == nullptr) return nullptr;
+    const folded_text sought(name);
     for (arch_cfg_t& arch : destinations(registry))
-        if (same_text(arch.name, name)) return &arch;
+        if (sought.equals(arch.name)) return &arch;
     return nullptr;
 }
 

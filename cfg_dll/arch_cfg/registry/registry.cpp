@@ -8,6 +8,7 @@
 #include "common/lock.h"
 #include "elog.h"
 #include "os.h"
+#include "registry/reading.h"
 
 using namespace arch;
 
@@ -21,6 +22,7 @@ void append(arch_cfg_sys_t& registry, arch_cfg_t& arch) {
     (list.end != nullptr ? list.end->link.next : list.start) = &arch;
     list.end = &arch;
     ++list.count;
+    if (reading_index* index = reading_index::of(registry)) index->append(arch);
 }
 
 void unlink(arch_cfg_sys_t& registry, arch_cfg_t& arch) {
@@ -30,6 +32,7 @@ void unlink(arch_cfg_sys_t& registry, arch_cfg_t& arch) {
     (link.next != nullptr ? link.next->link.prev : list.end) = link.prev;
     (link.prev != nullptr ? link.prev->link.next : list.start) = link.next;
     arch.link = {};
+    if (reading_index* index = reading_index::of(registry)) index->give_up();
 }
 
 void discard(arch_cfg_sys_t& registry, arch_cfg_t& arch) {

@@ -80,6 +80,12 @@ arch_cfg_t* find_destination(const arch_cfg_sys_t& registry, const schar* text,
                              const arch_cfg_t* except = nullptr);
 
 arch_cfg_t* find_section(const arch_cfg_sys_t& registry, const schar* name);
+
+// Whether find_section and find_destination find one; while start-up reads the file, without a walk.
+bool section_exists(const arch_cfg_sys_t& registry, const schar* name);
+bool destination_exists(const arch_cfg_sys_t& registry, const schar* text,
+                        const arch_cfg_t* except);
+
 arch_cfg_t* first_of_type(const arch_cfg_sys_t& registry, ulint type);
 
 // Takes the next piece of a list separated by "/" (arch_cfg_calc_next_inst_dest).

@@ -21,7 +21,7 @@ kqcode_t check_dest(const arch_cfg_sys_t& registry, const schar* dest, ulint typ
     if (std::strlen(dest) > longest_dest(type)) return ARCH_E_TOO_LONG;
     if (is_this_instance(dest))
         return refuse_printed(ARCH_E_DEST_IS_SELF, "archive_dest can not be self instance!\n");
-    if (find_destination(registry, dest, except) != nullptr) return ARCH_E_DEST_EXISTS;
+    if (destination_exists(registry, dest, except)) return ARCH_E_DEST_EXISTS;
     if (type == ARCH_TYPE_LOCAL && is_valid_pathname(dest, 0) == 0)
         return refuse_printed(ARCH_E_INVALID_PATH, "%s arch dest path %s Invalid!\n", "Local",
                               dest);

@@ -1,0 +1,48 @@
+// What start-up knows about the records while it reads the file.
+//
+// Each section and each destination has to be new. A walk over the list for each would take a time
+// that grows with the square of the file, so that reading keeps an index beside the list. It lives
+// no longer than the reading: then nobody but the reader's callbacks changes the registry, and of
+// its records only that of the current section.
+#ifndef ARCH_REGISTRY_READING_H
+#define ARCH_REGISTRY_READING_H
+
+#include "registry/destination_index.h"
+
+namespace arch {
+
+// For the process registry, from its construction to the end of its scope.
+class reading_index {
+  public:
+    reading_index();
+    ~reading_index();
+    reading_index(const reading_index&) = delete;
+    reading_index& operator=(const reading_index&) = delete;
+
+    // That of a registry; null when none is being read into it, or when it knows no answer.
+    static reading_index* of(const arch_cfg_sys_t& registry);
+
+    // A record was appended: its section is the current one.
+    void append(const arch_cfg_t& arch);
+
+    // From now on the list is walked.
+    void give_up() { gave_up_ = true; }
+
+    // A record, or none, is about to change: any but the current section's would change unseen.
+    void change(const arch_cfg_t* arch) {
+        gave_up_ = gave_up_ || (arch != nullptr && arch != current_section_);
+    }
+
+    bool has_section(const schar* name) const;
+    bool has_destination(const schar* text, const arch_cfg_t* except) const;
+
+  private:
+    text_index names_;
+    destination_index destinations_;  // of all sections but the current one
+    const arch_cfg_t* current_section_ = nullptr;
+    bool gave_up_ = false;
+};
+
+}  // namespace arch
+
+#endif

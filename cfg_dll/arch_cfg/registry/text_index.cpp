@@ -1,0 +1,83 @@
+#include "registry/text_index.h"
+
+#include <time.h>
+
+#include <bit>
+
+#include "common/folded_text.h"
+#include "os.h"
+
+namespace arch {
+namespace {
+
+constexpr ulint64 prime = (ulint64{1} << 61) - 1;
+
+// As many characters as stay below the prime, and their part of a word.
+constexpr std::size_t step = 7;
+constexpr ulint64 step_mask = (ulint64{1} << 8 * step) - 1;
+
+// Below 2^62, and the same remainder by the prime as the product.
+ulint64 product(ulint64 left, ulint64 right) {
+    const unsigned __int128 whole = static_cast<unsigned __int128>(left) * right;
+    return (static_cast<ulint64>(whole) & prime) + static_cast<ulint64>(whole >> 61);
+}
+
+ulint64 make_key(const void* address) {
+    timespec now{};
+    (void)clock_gettime(CLOCK_MONOTONIC, &now);
+    const auto moment = static_cast<ulint64>(now.tv_nsec) << 32 ^ static_cast<ulint64>(now.tv_sec);
+    const ulint64 mixed = (moment ^ reinterpret_cast<std::uintptr_t>(address)) * 0x9e3779b97f4a7c15;
+    return mixed % (prime - 2) + 2;
+}
+
+}  // namespace
+
+text_index::text_index() : key_(make_key(this)) {}
+
+text_index::~text_index() {
+    free_slots();
+}
+
+void text_index::free_slots() {
+    if (slots_.data() != own_slots_.data()) os_free(slots_.data());
+}
+
+// The text as a polynomial, with seven characters a coefficient, at the key.
+ulint64 text_index::fingerprint(std::string_view text) const {
+    ulint64 sum = text.size();
+    for (; text.size() > step; text.remove_prefix(step))
+        sum = product(sum + (fold_word(word_at(text.data())) & step_mask), key_);
+    return product(sum + fold_word(head_of(text)), key_);
+}
+
+std::size_t text_index::place_of(ulint64 fingerprint) const {
+    return fingerprint * 0x9e3779b97f4a7c15 >> (64 - std::countr_zero(slots_.size()));
+}
+
+void text_index::put(const slot& entry) {
+    std::size_t at = place_of(entry.fingerprint);
+    while (slots_[at].owner != nullptr)
+        at = next(at);
+    slots_[at] = entry;
+}
+
+bool text_index::grow() {
+    const std::span<slot> old = slots_;
+    auto* larger = static_cast<slot*>(os_malloc(2 * old.size_bytes()));
+    if (larger == nullptr) return false;
+    slots_ = {larger, 2 * old.size()};
+    std::memset(larger, 0, slots_.size_bytes());
+    for (const slot& entry : old)
+        if (entry.owner != nullptr) put(entry);
+    if (old.data() != own_slots_.data()) os_free(old.data());
+    return true;
+}
+
+void text_index::add(std::string_view text, const arch_cfg_t& owner) {
+    is_complete_ = is_complete_ && (4 * used_ < 3 * slots_.size() || grow());
+    if (!is_complete_) return;
+    put({fingerprint(text), &owner});
+    ++used_;
+}
+
+}  // namespace arch
