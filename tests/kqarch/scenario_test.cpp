@@ -5,8 +5,8 @@
 //   | [ARCHIVE_LOCAL1]       its lines
 //   $ kqarch check db        a shell command, and what has to come out of it:
 //   | db: would not start    standard output,
-//   ! db/kqarch.ini:1: ...   standard error,
-//   ? 1                      and the exit status, unless that is 0
+//   ! db/kqarch.ini:1: ...   standard error, where a hint stands in the line that it is for,
+//   ? 3                      and the exit status, unless that is 1 after an error and 0 otherwise
 //
 // In a file's text {dir} is the absolute directory that the commands run in, and in what a command
 // prints it stands for it. With KQARCH_REWRITE set, a file is rewritten to what was seen instead.
@@ -46,10 +46,23 @@ std::string marked(const std::string& text, char mark) {
     return all;
 }
 
+// An error and its hint in one line.
+std::string with_hints_beside(std::string errors) {
+    const std::string hint = "\n  hint: ";
+    for (size_t at; (at = errors.find(hint)) != errors.npos;)
+        errors.replace(at, 1, "");
+    return errors;
+}
+
+int usual_status(const std::string& errors) {
+    return errors.find("error: ") != errors.npos || errors.find("error[") != errors.npos ? 1 : 0;
+}
+
 std::string expectation_of(const run_result& result) {
-    std::string text = marked(result.output, output_mark) + marked(result.errors, error_mark);
-    return result.status == 0 ? text
-                              : text + status_mark + " " + std::to_string(result.status) + "\n";
+    std::string text =
+        marked(result.output, output_mark) + marked(with_hints_beside(result.errors), error_mark);
+    if (result.status == usual_status(result.errors)) return text;
+    return text + status_mark + " " + std::to_string(result.status) + "\n";
 }
 
 // Runs one file; the text that it would have to be for what was seen.
