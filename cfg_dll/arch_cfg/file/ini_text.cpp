@@ -78,6 +78,16 @@ void instance_list(text_writer& out, ulint index, const arch_cfg_t& arch) {
     out.key_list(index, std::span(arch.dest_insts).first(count));
 }
 
+// Reading takes a blank at a line's end for none of the path: a separator behind it, which reading
+// drops, keeps it.
+void path(text_writer& out, ulint index, const arch_cfg_t& arch) {
+    const std::string_view text = text_in(arch.dest);
+    if (!text.ends_with(' ')) return out.key(index, text);
+    schar kept[sizeof arch.dest + 1];
+    *std::copy(text.begin(), text.end(), kept) = '/';
+    out.key(index, std::string_view(kept, text.size() + 1));
+}
+
 void line_feed(text_writer& out, ulint, const arch_cfg_t&) {
     out.append("\n");
 }
@@ -109,7 +119,7 @@ constexpr text_line<sys> settings[] = {
 
 constexpr text_line<rec> local_lines[] = {
     {ini_index_arch_type, type_name<ARCH_TYPE_LOCAL>},
-    {ini_index_arch_dest, value<&rec::dest>},
+    {ini_index_arch_dest, path},
     {ini_index_arch_file_size, value<&rec::file_size>},
     {ini_index_arch_space_limit, value<&rec::space_limit>},
     {ini_index_arch_flush_buf_size, value<&rec::flush_buf_size>},
@@ -148,7 +158,7 @@ constexpr text_line<rec> timely_lines[] = {
 constexpr text_line<rec> remote_lines[] = {
     {ini_index_arch_type, type_name<ARCH_TYPE_REMOTE>},
     {ini_index_arch_dest, value<&rec::timer_name>},
-    {ini_index_incoming_path, value<&rec::dest>},
+    {ini_index_incoming_path, path},
     {ini_index_arch_file_size, value<&rec::file_size>},
     {ini_index_arch_space_limit, value<&rec::space_limit>},
     {ini_index_arch_flush_buf_size, value<&rec::flush_buf_size>},
