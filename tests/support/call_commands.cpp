@@ -6,6 +6,8 @@
 
 #include <cstring>
 #include <stdexcept>
+#include <type_traits>
+#include <utility>
 
 namespace test_support {
 
@@ -29,6 +31,60 @@ arch_cfg_t* record_of(const context& call, size_t index) {
 std::string name_of(const arch_cfg_t* arch) {
     return arch ? arch->name : "null";
 }
+
+// ---- Functions whose arguments and result are numbers, texts and records ----
+
+template <class Parameter>
+Parameter argument_of(const context& call, size_t index) {
+    if constexpr (std::is_same_v<Parameter, arch_cfg_sys_t*>)
+        return registry_of(call, index);
+    else if constexpr (std::is_same_v<std::remove_const_t<std::remove_pointer_t<Parameter>>,
+                                      arch_cfg_t>)
+        return record_of(call, index);
+    else if constexpr (std::is_pointer_v<Parameter>)
+        return call.text(index);
+    else
+        return static_cast<Parameter>(std::stoull(call.argument(index)));
+}
+
+template <class Result>
+std::string shown(Result result) {
+    if constexpr (std::is_same_v<Result, arch_cfg_t*>)
+        return name_of(result);
+    else if constexpr (std::is_pointer_v<Result>)
+        return result;
+    else
+        return std::to_string(result);
+}
+
+template <class Result, class... Parameters, size_t... Indices>
+std::string call_with(const context& call, Result (*function)(Parameters...),
+                      std::index_sequence<Indices...>) {
+    if constexpr (std::is_void_v<Result>) {
+        function(argument_of<Parameters>(call, Indices)...);
+        return "ok";
+    } else {
+        return shown(function(argument_of<Parameters>(call, Indices)...));
+    }
+}
+
+template <class Result, class... Parameters>
+std::string call_bound(const context& call, Result (*function)(Parameters...)) {
+    return call_with(call, function, std::index_sequence_for<Parameters...>());
+}
+
+template <auto Function>
+std::string bound(const context& call) {
+    return call_bound(call, Function);
+}
+
+template <auto Function>
+std::string bound_locked(const context& call) {
+    registry_lock lock;
+    return call_bound(call, Function);
+}
+
+// ---- Functions that hand out more than a result ----
 
 std::string create(const context& call) {
     arch_cfg_t unwritten;
@@ -62,9 +118,9 @@ std::string destinations_of_type(const context& call) {
     sysname_t destinations[32];
     usint count = 99;
     arch_cfg_get_arch_arr_by_type(static_cast<usint>(call.number(0)), &count, destinations);
-    std::string text = std::to_string(count) + "\n";
+    std::string text = std::to_string(count);
     for (usint i = 0; i < count; i++)
-        text += std::string(destinations[i]) + "\n";
+        text += " (" + std::string(destinations[i]) + ")";
     return text;
 }
 
@@ -77,9 +133,10 @@ std::string split_list(const context& call) {
         if (code != 0)
             return pieces + code_text(code) + " at " + std::to_string(cursor - list.data()) +
                    " piece (" + piece + ")";
-        pieces += "(" + std::string(piece) + ")\n";
+        pieces += "(" + std::string(piece) + ") ";
     }
-    return list == call.argument(0) ? pieces : pieces + "the list was changed";
+    if (list != call.argument(0)) pieces += "the list was changed";
+    return pieces.substr(0, pieces.find_last_not_of(' ') + 1);
 }
 
 std::string set_dest(const context& call) {
@@ -87,27 +144,22 @@ std::string set_dest(const context& call) {
     return record_of(call, 0)->dest;
 }
 
-using text_writer = void (*)(schar*, schar*, arch_cfg_t*);
-
-std::string append_section(const context& call, text_writer writer) {
+template <auto Writer>
+std::string append_section(const context& call) {
     static schar text[ARCH_CFG_TEXT_SIZE];
     strcpy(text, "before\n");
     registry_lock lock;
-    writer(text, nullptr, record_of(call, 0));
+    Writer(text, nullptr, record_of(call, 0));
     return text;
 }
 
-std::string append_settings(void (*writer)(schar*, schar*)) {
+template <auto Writer>
+std::string append_settings(const context&) {
     static schar text[ARCH_CFG_TEXT_SIZE];
     strcpy(text, "before\n");
     registry_lock lock;
-    writer(text, nullptr);
+    Writer(text, nullptr);
     return text;
-}
-
-std::string locked_count(ulint (*counter)()) {
-    registry_lock lock;
-    return std::to_string(counter());
 }
 
 std::string getters(const context&) {
@@ -121,146 +173,79 @@ std::string getters(const context&) {
            " self_is_learner=" + std::to_string(arch_cfg_check_self_is_learner());
 }
 
-std::string validate(const context& call) {
-    registry_lock lock;
-    return code_text(arch_cfg_validate(record_of(call, 0), call.number(1), call.number(2)));
-}
-
 std::string whole_validate(const context& call) {
     return code_text(
         arch_cfg_sys_validate(call.option("timer_chk", 1), call.option("asm_path_chk", 1)));
 }
 
-std::string find_low_without_enter(const context& call) {
-    registry_lock lock;
-    return name_of(arch_cfg_find_by_dest_low_without_enter(registry_of(call, 0), call.text(1)));
-}
-
-std::string find_subscribe_without_enter(const context&) {
-    registry_lock lock;
-    return name_of(arch_cfg_find_subscribe_without_enter());
-}
-
-std::string check_dest(const context& call) {
-    registry_lock lock;
-    return code_text(arch_cfg_check_dest_validate(registry_of(call, 0), call.text(1),
-                                                  static_cast<usint>(call.number(2))));
-}
-
-std::string check_instances(const context& call) {
-    registry_lock lock;
-    return code_text(
-        arch_cfg_inst_dests_validate(registry_of(call, 0), record_of(call, 1), call.text(2)));
-}
-
-std::string check_standby(const context& call) {
-    registry_lock lock;
-    return code_text(arch_cfg_sys_check_low(call.number(0)));
-}
-
-std::string warn_of_missing(const context&) {
-    registry_lock lock;
-    return code_text(mal_cfg_inst_check_in_arch());
-}
-
-std::string count_of_type(const context& call) {
-    registry_lock lock;
-    return std::to_string(arch_cfg_get_cnt_by_type(call.number(0)));
-}
-
 }  // namespace
 
-#define CALL []([[maybe_unused]] const context& call) -> std::string
-#define COUNTER(function) [](const context&) { return locked_count(function); }
-#define SECTION_WRITER(function) [](const context& call) { return append_section(call, function); }
+using entry = command_table::value_type;
+
+#define BOUND(function) entry(#function, bound<function>)
+#define BOUND_LOCKED(function) entry(#function, bound_locked<function>)
 
 const command_table& call_commands() {
-    static const command_table table = {{"arch_cfg_get_arch_name_by_type",
-                                         CALL{return arch_cfg_get_arch_name_by_type(call.number(0));
-}
-}  // namespace test_support
-, {"arch_cfg_get_arch_type_by_name",
-   CALL{return std::to_string(arch_cfg_get_arch_type_by_name(call.text(0)));
-}
-}
-, {"arch_get_name_by_status",
-   CALL{return arch_get_name_by_status(static_cast<byte>(call.number(0)));
-}
-}
-, {"arch_cfg_get_stat_str", CALL{return arch_cfg_get_stat_str(static_cast<byte>(call.number(0)));
-}
-}
-, {"arch_cfg_name_pre", name_prefix}, {"arch_cfg_get_cnt_by_type", count_of_type},
-    {"arch_cfg_get_local_cnt", COUNTER(arch_cfg_get_local_cnt)},
-    {"arch_cfg_get_realtime_cnt", COUNTER(arch_cfg_get_realtime_cnt)},
-    {"arch_cfg_get_sync_cnt", COUNTER(arch_cfg_get_sync_cnt)},
-    {"arch_cfg_get_async_cnt", COUNTER(arch_cfg_get_async_cnt)},
-    {"arch_cfg_get_timely_cnt", COUNTER(arch_cfg_get_timely_cnt)},
-    {"arch_cfg_get_remote_cnt", COUNTER(arch_cfg_get_remote_cnt)},
-    {"arch_cfg_destroy_for_drs", CALL{arch_cfg_destroy_for_drs(record_of(call, 0));
-return "ok";
-}
-}
-, {"arch_cfg_sys_destroy", CALL{arch_cfg_sys_destroy();
-return "ok";
-}
-}
-, {"getters", getters}, {"arch_cfg_find_by_dest_low_without_enter", find_low_without_enter},
-    {"arch_cfg_find_by_dest_low", CALL{return name_of(arch_cfg_find_by_dest_low(call.text(0)));
-}
-}
-, {"arch_cfg_find_by_dest",
-   CALL{return name_of(arch_cfg_find_by_dest(call.text(0), call.number(1)));
-}
-}
-, {"arch_cfg_find_subscribe_without_enter", find_subscribe_without_enter},
-    {"arch_cfg_find_subscribe", CALL{return name_of(arch_cfg_find_subscribe());
-}
-}
-, {"arch_cfg_get_arch_arr_by_type", destinations_of_type}, {"arch_cfg_set_dest", set_dest},
-    {"arch_cfg_calc_next_inst_dest", split_list}, {"arch_cfg_create", create},
-    {"arch_cfg_add_value", add_value}, {"arch_cfg_get_name", get_name},
-    {"arch_cfg_write_global_ini", CALL{return append_settings(arch_cfg_write_global_ini);
-}
-}
-, {"arch_cfg_write_all_local_ini", CALL{return append_settings(arch_cfg_write_all_local_ini);
-}
-}
-, {"arch_cfg_write_local_ini", SECTION_WRITER(arch_cfg_write_local_ini)},
-    {"arch_cfg_write_raft_ini", SECTION_WRITER(arch_cfg_write_raft_ini)},
-    {"arch_cfg_write_subscribe_ini", SECTION_WRITER(arch_cfg_write_subscribe_ini)},
-    {"arch_cfg_validate", validate}, {"arch_cfg_check_dest_validate", check_dest},
-    {"arch_cfg_inst_dests_validate", check_instances}, {"arch_cfg_sys_validate", whole_validate},
-    {"arch_cfg_sys_check_low", check_standby},
-    {"arch_cfg_check_local_path_validate",
-     CALL{return std::to_string(arch_cfg_check_local_path_validate(call.text(0), call.number(1)));
-}
-}
-, {"arch_cfg_local_dest_check",
-   CALL{return std::to_string(arch_cfg_local_dest_check(call.text(0), call.number(1)));
-}
-}
-, {"arch_cfg_inst_check_in_mal", CALL{return code_text(arch_cfg_inst_check_in_mal(
-                                     record_of(call, 0), static_cast<usint>(call.number(1))));
-}
-}
-, {"mal_cfg_inst_check_in_arch", warn_of_missing},
-    {"arch_cfg_has_dsc_arch_dest", CALL{return std::to_string(arch_cfg_has_dsc_arch_dest());
-}
-}
-, {"arch_cfg_has_local_or_sync", CALL{return std::to_string(arch_cfg_has_local_or_sync());
-}
-}
-, {"arch_cfg_check_subscb_dest", CALL{return code_text(arch_cfg_check_subscb_dest(call.text(0)));
-}
-}
-, {"arch_cfg_check_subscb_svc", CALL{return code_text(arch_cfg_check_subscb_svc(call.text(0)));
-}
-}
-,
-}
-;
-return table;
+    static const command_table table = {
+        BOUND(arch_cfg_get_arch_name_by_type),
+        BOUND(arch_cfg_get_arch_type_by_name),
+        BOUND(arch_get_name_by_status),
+        BOUND(arch_cfg_get_stat_str),
+        BOUND(arch_cfg_destroy_for_drs),
+        BOUND(arch_cfg_sys_destroy),
+        BOUND(arch_cfg_sys_destroy_one_ep),
+        BOUND(arch_cfg_find_by_dest_low),
+        BOUND(arch_cfg_find_by_dest),
+        BOUND(arch_cfg_find_subscribe),
+        BOUND(arch_cfg_check_local_path_validate),
+        BOUND(arch_cfg_local_dest_check),
+        BOUND(arch_cfg_has_dsc_arch_dest),
+        BOUND(arch_cfg_has_local_or_sync),
+        BOUND(arch_cfg_inst_check_in_mal),
+        BOUND(arch_cfg_check_subscb_dest),
+        BOUND(arch_cfg_check_subscb_svc),
+        BOUND(arch_cfg_check_raft_dest_validate),
+        BOUND(arch_cfg_delete_raft),
+        BOUND(arch_cfg_sys_delete_raft_info),
+        BOUND(arch_delete_raft_info),
+        BOUND(arch_cfg_sys_update_raft_info),
+        BOUND(arch_cfg_sys_set_raft_vote_interval),
+        BOUND_LOCKED(arch_cfg_get_cnt_by_type),
+        BOUND_LOCKED(arch_cfg_get_local_cnt),
+        BOUND_LOCKED(arch_cfg_get_realtime_cnt),
+        BOUND_LOCKED(arch_cfg_get_sync_cnt),
+        BOUND_LOCKED(arch_cfg_get_async_cnt),
+        BOUND_LOCKED(arch_cfg_get_timely_cnt),
+        BOUND_LOCKED(arch_cfg_get_remote_cnt),
+        BOUND_LOCKED(arch_cfg_find_by_dest_low_without_enter),
+        BOUND_LOCKED(arch_cfg_find_subscribe_without_enter),
+        BOUND_LOCKED(arch_cfg_find_remote_by_inst_name),
+        BOUND_LOCKED(arch_cfg_find_remote_by_mal_seqno),
+        BOUND_LOCKED(arch_cfg_validate),
+        BOUND_LOCKED(arch_cfg_check_dest_validate),
+        BOUND_LOCKED(arch_cfg_inst_dests_validate),
+        BOUND_LOCKED(arch_cfg_sys_check_low),
+        BOUND_LOCKED(arch_cfg_info_len_calc),
+        BOUND_LOCKED(arch_cfg_validate_raft_info),
+        BOUND_LOCKED(arch_cfg_update_raft_info),
+        BOUND_LOCKED(arch_cfg_find_dest_id_by_name),
+        BOUND_LOCKED(mal_cfg_inst_check_in_arch),
+        {"arch_cfg_write_global_ini", append_settings<arch_cfg_write_global_ini>},
+        {"arch_cfg_write_all_local_ini", append_settings<arch_cfg_write_all_local_ini>},
+        {"arch_cfg_write_local_ini", append_section<arch_cfg_write_local_ini>},
+        {"arch_cfg_write_raft_ini", append_section<arch_cfg_write_raft_ini>},
+        {"arch_cfg_write_subscribe_ini", append_section<arch_cfg_write_subscribe_ini>},
+        {"arch_cfg_name_pre", name_prefix},
+        {"arch_cfg_get_arch_arr_by_type", destinations_of_type},
+        {"arch_cfg_set_dest", set_dest},
+        {"arch_cfg_calc_next_inst_dest", split_list},
+        {"arch_cfg_create", create},
+        {"arch_cfg_add_value", add_value},
+        {"arch_cfg_get_name", get_name},
+        {"arch_cfg_sys_validate", whole_validate},
+        {"getters", getters},
+    };
+    return table;
 }
 
 }  // namespace test_support

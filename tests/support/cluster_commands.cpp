@@ -39,15 +39,6 @@ std::string text_or_null(const void* text) {
     return text ? "\"" + std::string(static_cast<const schar*>(text)) + "\"" : "null";
 }
 
-std::string record_name(const arch_cfg_t* arch) {
-    return arch ? arch->name : "null";
-}
-
-std::string length(const context& call) {
-    registry_lock lock;
-    return std::to_string(arch_cfg_info_len_calc(call.number(0)));
-}
-
 // arch_cfg_info_encode INST_CHECK [off=N] [buf_len=N], into a block of exactly the size that was
 // calculated, behind N guard bytes.
 std::string encode(const context& call) {
@@ -57,7 +48,7 @@ std::string encode(const context& call) {
     memset(block.get(), guard_byte, offset + size);
     ulint written = arch_cfg_info_encode(block.get(), offset, call.option("buf_len", offset + size),
                                          call.number(0));
-    std::string text = std::to_string(written) + " bytes\n";
+    std::string text = std::to_string(written) + " bytes: ";
     if (written != size) return text + "but " + std::to_string(size) + " were calculated";
     for (ulint i = 0; i < offset; i++)
         if (block[i] != guard_byte) return text + "byte " + std::to_string(i) + " was changed";
@@ -105,14 +96,14 @@ std::string show_list(const kq_lst_t& list) {
     ulint count = 0;
     const kq_lst_node_t* previous = nullptr;
     for (const kq_lst_node_t* node = list.start; node != nullptr; node = node->next) {
-        text += text_or_null(node->data) + " " + text_or_null(node->flag) + "\n";
-        if (node->prev != previous) text += "a node's prev is not its predecessor\n";
+        text += ", " + text_or_null(node->data) + " " + text_or_null(node->flag);
+        if (node->prev != previous) text += "\na node's prev is not its predecessor";
         previous = node;
         count++;
     }
-    if (previous != list.end) text += "the list's end is not its last node\n";
-    if (count != list.count) text += "the list counts " + std::to_string(list.count) + "\n";
-    return text;
+    if (previous != list.end) text += "\nthe list's end is not its last node";
+    if (count != list.count) text += "\nthe list counts " + std::to_string(list.count);
+    return text + "\n";
 }
 
 // What a caller's list holds before the call.
@@ -127,7 +118,7 @@ std::string remote_list(const context& call) {
     kq_lst_t list = junk_list();
     registry_lock lock;
     kqcode_t code = arch_cfg_get_all_remote_dest(blocks.env, &list);
-    std::string text = code_text(code) + "\n" + show_list(list);
+    std::string text = code_text(code) + show_list(list);
     for (kq_lst_node_t* node = list.start; node != nullptr;)
         mem_free(blocks.env, std::exchange(node, node->next));
     return text + blocks.end();
@@ -140,7 +131,7 @@ std::string local_and_remote_list(const context& call) {
     registry_lock lock;
     kqcode_t code =
         arch_cfg_get_all_local_and_remote_dest(blocks.env, &list, call.number(0), call.number(1));
-    std::string text = code_text(code) + "\n" + show_list(list);
+    std::string text = code_text(code) + show_list(list);
     for (kq_lst_node_t* node = list.start; node != nullptr;) {
         mem_free(blocks.env, node->data);
         if (node->flag != nullptr) mem_free(blocks.env, node->flag);
@@ -156,7 +147,7 @@ std::string endpoint_check(const context& call) {
     registry_lock lock;
     kqcode_t code = arch_cfg_remote_all_other_ep_check(
         static_cast<lint>(call.option("language", 0)), &size, description);
-    return code_text(code) + "\n" + description + " (" + std::to_string(size) + ")";
+    return code_text(code) + ", " + description + " (" + std::to_string(size) + ")";
 }
 
 std::string guard_text() {
@@ -202,26 +193,11 @@ std::string paths(const context& call) {
     registry_lock lock;
     kqcode_t code = rarch_cfg_arch_path_get(blocks.env, &count, &found);
     std::string text =
-        code_text(code) + ", " + std::to_string(count) + " paths" + (found ? "" : ", null") + "\n";
+        code_text(code) + ", " + std::to_string(count) + " paths" + (found ? "" : ", null");
     for (ulint i = 0; i < count; i++)
-        text += std::string(found[i]) + "\n";
+        text += " " + std::string(found[i]);
     mem_free(blocks.env, found);
-    return text + blocks.end();
-}
-
-std::string find_remote(const context& call) {
-    registry_lock lock;
-    return record_name(arch_cfg_find_remote_by_inst_name(call.text(0)));
-}
-
-std::string find_site(const context& call) {
-    registry_lock lock;
-    return record_name(arch_cfg_find_remote_by_mal_seqno(static_cast<usint>(call.number(0))));
-}
-
-std::string destroy_endpoint(const context& call) {
-    arch_cfg_sys_destroy_one_ep(static_cast<usint>(call.number(0)));
-    return "ok";
+    return text + "\n" + blocks.end();
 }
 
 std::string nodes(const context& call) {
@@ -238,7 +214,6 @@ std::string close_instance(const context&) {
 
 const command_table& cluster_commands() {
     static const command_table table = {
-        {"arch_cfg_info_len_calc", length},
         {"arch_cfg_info_encode", encode},
         {"arch_cfg_info_decode_and_check", decode},
         {"arch_cfg_cmp", compare},
@@ -249,9 +224,6 @@ const command_table& cluster_commands() {
         {"arch_reset_cfg_changing", release_guard},
         {"arch_cfg_collect_inst_name", collect},
         {"rarch_cfg_arch_path_get", paths},
-        {"arch_cfg_find_remote_by_inst_name", find_remote},
-        {"arch_cfg_find_remote_by_mal_seqno", find_site},
-        {"arch_cfg_sys_destroy_one_ep", destroy_endpoint},
         {"nodes", nodes},
         {"close_instance", close_instance},
     };

@@ -288,7 +288,7 @@ std::string files(const context& call) {
     }
     std::string text;
     for (const std::string& each : lines)
-        text += each + "\n";
+        text += (text.empty() ? "" : ", ") + each;
     return text.empty() ? "none" : text;
 }
 

@@ -75,35 +75,10 @@ std::string add(const context& call) {
     return code_text(code) + ", " + name + rec.verdict();
 }
 
-// ARCH_NAME DEST IP PORT DEST_ID
-std::string check_new(const context& call) {
-    registry_lock lock;
-    return code_text(arch_cfg_validate_raft_info(call.text(0), call.text(1), call.text(2),
-                                                 number_of(call, 3), number_of(call, 4)));
-}
-
-std::string update(const context& call) {
-    registry_lock lock;
-    return code_text(arch_cfg_update_raft_info(call.text(0), call.text(1), number_of(call, 2)));
-}
-
-std::string find_id(const context& call) {
-    registry_lock lock;
-    return std::to_string(arch_cfg_find_dest_id_by_name(call.text(0)));
-}
-
-std::string check_member(const context& call) {
-    return code_text(arch_cfg_check_raft_dest_validate(call.text(0), number_of(call, 1)));
-}
-
 std::string delete_learner(const context& call) {
     record_text rec(call);
     kqcode_t code = arch_cfg_delete_learner(call.text(0), number_of(call, 1), rec.get());
     return code_text(code) + rec.verdict();
-}
-
-std::string delete_voter(const context& call) {
-    return code_text(arch_cfg_delete_raft(call.text(0)));
 }
 
 // NAME... [count=N]: a count that is not the list's.
@@ -140,44 +115,13 @@ std::string count_voters(const context&) {
     return "raft_cnt " + std::to_string(arch_cfg_get_raft_cnt());
 }
 
-std::string clear_settings(const context&) {
-    return code_text(arch_cfg_sys_delete_raft_info());
-}
-
-std::string delete_all(const context&) {
-    return code_text(arch_delete_raft_info());
-}
-
-// RAFT_HB RAFT_VOTE XMAL_HB XMAL_IP XMAL_PORT SELF_ID CENTER_ID
-std::string update_settings(const context& call) {
-    return code_text(arch_cfg_sys_update_raft_info(call.number(0), call.number(1), call.number(2),
-                                                   call.text(3), number_of(call, 4), call.number(5),
-                                                   call.number(6)));
-}
-
-std::string set_vote_interval(const context& call) {
-    arch_cfg_sys_set_raft_vote_interval(call.number(0));
-    return "ok";
-}
-
 }  // namespace
 
 const command_table& raft_commands() {
     static const command_table table = {
-        {"arch_cfg_add_learner_or_raft", add},
-        {"arch_cfg_validate_raft_info", check_new},
-        {"arch_cfg_update_raft_info", update},
-        {"arch_cfg_find_dest_id_by_name", find_id},
-        {"arch_cfg_check_raft_dest_validate", check_member},
-        {"arch_cfg_delete_learner", delete_learner},
-        {"arch_cfg_delete_raft", delete_voter},
-        {"arch_cfg_change_to_new", change_to_new},
-        {"arch_cfg_change_learner_to_raft", promote},
+        {"arch_cfg_add_learner_or_raft", add},     {"arch_cfg_delete_learner", delete_learner},
+        {"arch_cfg_change_to_new", change_to_new}, {"arch_cfg_change_learner_to_raft", promote},
         {"arch_cfg_set_raft_cnt", count_voters},
-        {"arch_cfg_sys_delete_raft_info", clear_settings},
-        {"arch_delete_raft_info", delete_all},
-        {"arch_cfg_sys_update_raft_info", update_settings},
-        {"arch_cfg_sys_set_raft_vote_interval", set_vote_interval},
     };
     return table;
 }

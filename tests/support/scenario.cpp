@@ -5,6 +5,8 @@
 #include <kq_fault.h>
 #include <stdlib.h>
 
+#include <algorithm>
+#include <functional>
 #include <regex>
 #include <sstream>
 #include <stdexcept>
@@ -177,13 +179,58 @@ bool is_success(const std::string& result) {
     return result == "ok" || result == "0";
 }
 
-// What the row's last command did, or an earlier one that should have succeeded and did not.
-std::string run_row(const row& each, command_context& context) {
+// What the last command did, or an earlier one that should have succeeded and did not.
+std::string run_steps(const std::vector<step>& steps, command_context& context) {
     std::string got;
-    for (const step& next : each.steps) {
+    for (const step& next : steps) {
         got = run_step(next, context);
-        if (&next != &each.steps.back() && !is_success(got)) return next.command + " => " + got;
+        if (&next != &steps.back() && !is_success(got)) return next.command + " => " + got;
     }
+    return got;
+}
+
+bool is_word(const std::string& text, size_t at, size_t size) {
+    auto is_in_word = [&text](size_t i) {
+        return i < text.size() && isalnum(static_cast<unsigned char>(text[i]));
+    };
+    return !is_in_word(at - 1) && !is_in_word(at + size);
+}
+
+// The text with {} for each whole word `word`: the digit of a code is not the value of a key.
+std::string without_word(std::string text, const std::string& word) {
+    for (size_t at = 0; !word.empty() && (at = text.find(word, at)) != text.npos; at++) {
+        if (is_word(text, at, word.size())) text.replace(at, word.size(), "{}");
+    }
+    return text;
+}
+
+// What was seen with each text of "(A|B)": one result for all, with {} for the text or without, or
+// one for each.
+std::string together(const std::vector<std::string>& texts, const std::vector<std::string>& seen) {
+    auto all = [](const std::vector<std::string>& each) {
+        return std::adjacent_find(each.begin(), each.end(), std::not_equal_to<>()) == each.end();
+    };
+    if (all(seen)) return seen[0];
+    std::vector<std::string> patterns;
+    std::string listed;
+    for (size_t i = 0; i < texts.size(); i++) {
+        patterns.push_back(without_word(seen[i], texts[i]));
+        listed += (i > 0 ? " | " : "") + seen[i];
+    }
+    return all(patterns) ? patterns[0] : listed;
+}
+
+std::string run_row(const row& each, command_context& context) {
+    static const std::regex choice(R"(\(([^()]*\|[^()]*)\))");
+    std::smatch match;
+    std::vector<std::string> texts = {""}, seen;
+    if (std::regex_search(each.text, match, choice)) texts = split(match[1], "|");
+    for (const std::string& text : texts) {
+        std::string row_text = each.text;
+        if (!match.empty()) row_text = match.prefix().str() + text + match.suffix().str();
+        seen.push_back(run_steps(steps_of(row_text), context));
+    }
+    std::string got = together(texts, seen);
     return each.expected.empty() && is_success(got) ? "" : got;
 }
 

@@ -17,6 +17,9 @@
 // printed, then what was logged, or "refused: TEXT" if it is the same. <no line feed> ends a printed
 // line without one.
 //
+// (A|B|C) in a row makes it a row for each of these texts, one after the other. What is expected is
+// the same for all, with {} for the text where it comes back, or stands there for each: "X | Y | Z".
+//
 // A command's input follows on lines that two blanks indent, or after " < ", with "; " between its
 // lines. In arguments and input {TEXT*N} is TEXT N times, \xNN a byte; an argument may stand in
 // double quotes. A line of input may also be
@@ -39,19 +42,22 @@
 
 namespace test_support {
 
+struct row {
+    int line;
+    std::string before;    // comments and blank lines
+    std::string text;      // the row and its input as they stand in the file
+    std::string expected;  // one line without its end, or several with it; empty if not stated
+};
+
 struct step {
     std::string command;
     std::string input;
 };
 
-struct row {
-    int line;
-    std::string before;  // comments and blank lines
-    std::string text;    // the row and its input as they stand in the file
-    std::vector<step> steps;
-    std::string expected;  // one line without its end, or several with it; empty if not stated
-};
+// The commands of a row's text.
+std::vector<step> steps_of(const std::string& text);
 
+std::vector<std::string> split(const std::string& text, const std::string& separator);
 std::vector<row> read_scenario(const std::filesystem::path& path);
 std::string write_scenario(const std::vector<row>& rows);
 

@@ -15,15 +15,6 @@ bool starts_with(const std::string& line, const std::string& start) {
     return line.rfind(start, 0) == 0;
 }
 
-std::vector<std::string> split(const std::string& text, const std::string& separator) {
-    std::vector<std::string> pieces;
-    size_t from = 0;
-    for (size_t at; (at = text.find(separator, from)) != text.npos; from = at + separator.size())
-        pieces.push_back(text.substr(from, at - from));
-    pieces.push_back(text.substr(from));
-    return pieces;
-}
-
 step read_step(const std::string& text) {
     size_t mark = text.find(" < ");
     step read{text.substr(0, mark), ""};
@@ -35,25 +26,21 @@ step read_step(const std::string& text) {
 
 row read_row(int number, const std::string& before, const std::string& line) {
     size_t mark = line.find(result_mark);
-    row read{number, before, line.substr(0, mark) + "\n", {}, ""};
+    row read{number, before, line.substr(0, mark) + "\n", ""};
     if (mark != line.npos) read.expected = line.substr(mark + result_mark.size());
-    for (const std::string& each : split(line.substr(0, mark), " && "))
-        read.steps.push_back(read_step(each));
     return read;
 }
 
 // Takes a line that belongs to the row before it: input, or what is expected.
 bool take_line(row& last, const std::string& line) {
-    if (starts_with(line, input_indent)) {
+    if (starts_with(line, input_indent))
         last.text += line + "\n";
-        last.steps.back().input += line.substr(input_indent.size()) + "\n";
-    } else if (starts_with(line, "=> ")) {
+    else if (starts_with(line, "=> "))
         last.expected = line.substr(3);
-    } else if (line == "|" || starts_with(line, "| ")) {
+    else if (line == "|" || starts_with(line, "| "))
         last.expected += (line == "|" ? "" : line.substr(2)) + "\n";
-    } else {
+    else
         return false;
-    }
     return true;
 }
 
@@ -74,6 +61,27 @@ std::string row_text(const row& each) {
 }
 
 }  // namespace
+
+std::vector<std::string> split(const std::string& text, const std::string& separator) {
+    std::vector<std::string> pieces;
+    size_t from = 0;
+    for (size_t at; (at = text.find(separator, from)) != text.npos; from = at + separator.size())
+        pieces.push_back(text.substr(from, at - from));
+    pieces.push_back(text.substr(from));
+    return pieces;
+}
+
+std::vector<step> steps_of(const std::string& text) {
+    std::istringstream lines(text);
+    std::string line;
+    std::getline(lines, line);
+    std::vector<step> steps;
+    for (const std::string& each : split(line, " && "))
+        steps.push_back(read_step(each));
+    while (std::getline(lines, line))
+        steps.back().input += line.substr(input_indent.size()) + "\n";
+    return steps;
+}
 
 std::vector<row> read_scenario(const std::filesystem::path& path) {
     std::vector<row> rows;
