@@ -1,6 +1,7 @@
 #include "machine.h"
 
 #include <linux/magic.h>
+#include <malloc.h>
 #include <sched.h>
 #include <sys/vfs.h>
 #include <unistd.h>
@@ -47,6 +48,11 @@ void stay_on_one_processor() {
         (void)sched_setaffinity(0, sizeof one, &one);
         return;
     }
+}
+
+void keep_memory() {
+    (void)mallopt(M_TRIM_THRESHOLD, 1 << 30);
+    (void)mallopt(M_MMAP_THRESHOLD, 1 << 30);
 }
 
 std::string describe_machine() {

@@ -50,6 +50,7 @@ int run(std::vector<std::string> arguments) {
     const std::optional<bench::document> document = take_document(arguments);
     if (!initialize(arguments)) return 2;
     bench::stay_on_one_processor();
+    bench::keep_memory();
     bench::register_benchmarks();
     bench::results measured;
     benchmark::RunSpecifiedBenchmarks(&measured);

@@ -97,10 +97,11 @@ other_ini_alterable_t* ini_get_other_ini_info_by_index(ulint index);
 kqbool ini_is_integer(const schar* text);
 
 /* Reads a configuration file and hands it to its module: `which` 2 is kqarch.ini, whose sections go
- * to arch_cfg_create and whose keys go to arch_cfg_add_value, both with a null registry. Stops at
- * the first refusal with one line on standard error, "kqarch.ini:LINE: KEY refused, code N" (or the
- * section's name, or what is wrong with the line), which never shows a value, and returns its code;
- * -803 for a line that is none, -140 for what cannot be read or is no regular file; else 0. */
+ * to arch_cfg_create and whose keys go to arch_cfg_add_value, both with the process registry, whose
+ * lock start-up does not need. Stops at the first refusal with one line on standard error,
+ * "kqarch.ini:LINE: KEY refused, code N" (or the section's name, or what is wrong with the line),
+ * which never shows a value, and returns its code; -803 for a line that is none, -140 for what
+ * cannot be read or is no regular file; else 0. */
 kqcode_t ini_read_other_info_for_posix(const schar* path, ulint which);
 
 enum { INI_READ_ARCH = 2 };

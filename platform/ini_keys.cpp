@@ -160,8 +160,7 @@ lint ini_get_other_ini_array_index(const schar* para_name) {
     std::string_view key = para_name;
     if (key.size() < 2) return -1;
     const key_slot& slot = slots[slot_of(key, multiplier)];
-    // Files are written in upper case: most keys are equal as they stand.
-    return slot.name == key || equal_ignoring_case(slot.name, key) ? slot.index : -1;
+    return equal_ignoring_case(slot.name, key) ? slot.index : -1;
 }
 
 other_ini_alterable_t* ini_get_other_ini_info_by_index(ulint index) {
@@ -175,8 +174,9 @@ kqbool ini_is_integer(const schar* text) {
     if (*digit == '\0') return 0;
     ulint64 value = 0;
     for (; *digit != '\0'; ++digit) {
-        if (digit_value(*digit) >= base) return 0;
-        value = value * base + digit_value(*digit);
+        unsigned added = digit_value(*digit);
+        if (added >= base) return 0;
+        value = value * base + added;
         if (value > std::numeric_limits<ulint>::max()) return 0;
     }
     return 1;

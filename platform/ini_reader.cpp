@@ -1,4 +1,5 @@
 // The walk over the lines of an INI file, and the reader of kqarch.ini on top of it.
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <memory>
@@ -38,7 +39,7 @@ bool grow(file_text& text, std::size_t capacity) {
     return true;
 }
 
-// Reads until the end is seen, whatever size the file had when it was opened.
+// Reads until the end is seen, whatever size the file was said to have when it was opened.
 kqcode_t read_whole(const schar* path, file_text& text) {
     std::size_t size = 0;
     unique_fd file = open_regular_file(path, &size, nullptr);
@@ -51,8 +52,9 @@ kqcode_t read_whole(const schar* path, file_text& text) {
         ssize_t length =
             read_some(file.get(), text.data.get() + text.size, text.capacity - text.size);
         if (length < 0) return ARCH_E_FILE_OPEN;
-        if (length == 0) return 0;
         text.size += static_cast<std::size_t>(length);
+        // One character more was asked for than the file was said to have: the end was seen.
+        if (length == 0 || (text.size == size && size > 0)) return 0;
     }
 }
 
@@ -69,9 +71,13 @@ struct span {
 
     std::size_t size() const { return static_cast<std::size_t>(end - begin); }
     char* find(char c) const { return static_cast<char*>(std::memchr(begin, c, size())); }
+    char* find_or_end(char c) const {
+        char* found = find(c);
+        return found != nullptr ? found : end;
+    }
 };
 
-span trimmed(span piece) {
+inline span trimmed(span piece) {
     while (piece.begin < piece.end && is_blank(*piece.begin))
         ++piece.begin;
     while (piece.begin < piece.end && is_blank(piece.end[-1]))
@@ -99,10 +105,6 @@ struct bad_line {
 
 // False for a line that says nothing: a blank one or a comment.
 bool parse_line(span piece, kq_ini_line_t& line, bad_line& bad) {
-    if (piece.find('\0') != nullptr) {
-        bad.fill(line, "NUL byte");
-        return true;
-    }
     piece = trimmed(piece);
     if (piece.begin == piece.end || *piece.begin == '#' || *piece.begin == ';') return false;
     if (*piece.begin == '[') {
@@ -131,15 +133,19 @@ kqcode_t walk_lines(file_text& text, kq_ini_line_fn each, void* context) {
     char* next = text.data.get();
     char* end = next + text.size;
     if (text.size >= 3 && std::memcmp(next, "\xef\xbb\xbf", 3) == 0) next += 3;
+    char* nul = span{next, end}.find_or_end('\0');
     kq_ini_line_t line{};
     bad_line bad;
     while (next < end) {
-        span piece{next, end};
-        char* line_feed = piece.find('\n');
-        if (line_feed != nullptr) piece.end = line_feed;
-        next = piece.end + 1;
+        span piece{next, span{next, end}.find_or_end('\n')};
+        next = std::min(piece.end + 1, end);
         ++line.number;
-        if (!parse_line(piece, line, bad)) continue;
+        if (nul < piece.end) {
+            bad.fill(line, "NUL byte");
+            nul = span{next, end}.find_or_end('\0');
+        } else if (!parse_line(piece, line, bad)) {
+            continue;
+        }
         kqcode_t code = each(&line, context);
         if (code < 0) return code;
     }
@@ -161,13 +167,14 @@ void print_refusal(const kq_ini_line_t& line, kqcode_t code) noexcept {
     }
 }
 
+// Start-up has the registry for itself: naming it leaves its lock alone.
 kqcode_t hand_over(const kq_ini_line_t* line, void* context) {
     auto* section = static_cast<arch_section*>(context);
     kqcode_t code = ARCH_E_INVALID_VALUE;
     if (line->kind == KQ_INI_SECTION) {
-        code = arch_cfg_create(nullptr, line->key, &section->record);
+        code = arch_cfg_create(&arch_cfg_sys, line->key, &section->record);
     } else if (line->kind == KQ_INI_KEY) {
-        code = arch_cfg_add_value(nullptr, section->record, line->key, line->value);
+        code = arch_cfg_add_value(&arch_cfg_sys, section->record, line->key, line->value);
     }
     if (code < 0) print_refusal(*line, code);
     return code;

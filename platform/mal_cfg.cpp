@@ -3,7 +3,7 @@
 #include <pthread.h>
 
 #include <limits>
-#include <map>
+#include <unordered_map>
 #include <vector>
 
 #include "config_reader.h"
@@ -32,7 +32,8 @@ constexpr config_row<mal_section> mal_rows[] = {
 
 struct mal_registry {
     std::vector<mal_cfg_t> instances;
-    std::map<std::string, usint, less_ignoring_case> sites;  // by instance name
+    // By instance name.
+    std::unordered_map<std::string, usint, hash_ignoring_case, same_ignoring_case> sites;
 };
 
 pthread_mutex_t mal_mutex = PTHREAD_ERRORCHECK_MUTEX_INITIALIZER_NP;

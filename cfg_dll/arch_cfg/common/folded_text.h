@@ -9,8 +9,9 @@
 namespace arch {
 
 // In the order of the machine: x86-64 has the first character in the lowest byte.
-inline ulint64 word_at(const schar* text) {
-    ulint64 word;
+template <typename Word = ulint64>
+Word word_at(const schar* text) {
+    Word word;
     std::memcpy(&word, text, sizeof word);
     return word;
 }
@@ -26,13 +27,47 @@ constexpr ulint64 fold_word(ulint64 word) {
     return word - (lower_case >> 2);
 }
 
-// The first eight characters of a text, or all of a shorter one.
+// The first eight characters of a text, or all of a shorter one: pieces that may overlap.
 inline ulint64 head_of(std::string_view text) {
-    if (text.size() >= sizeof(ulint64)) return word_at(text.data());
+    const schar* first = text.data();
+    const std::size_t size = text.size();
+    if (size >= 8) return word_at(first);
+    if (size >= 4)
+        return word_at<ulint>(first) | static_cast<ulint64>(word_at<ulint>(first + size - 4))
+                                           << 8 * (size - 4);
     ulint64 head = 0;
-    for (std::size_t i = text.size(); i-- > 0;)
-        head = head << 8 | static_cast<byte>(text[i]);
+    for (std::size_t i = 0; i < size; ++i)
+        head |= static_cast<ulint64>(static_cast<byte>(first[i])) << 8 * i;
     return head;
+}
+
+// Whether one of eight characters is a control character. Taking 0x20 away borrows from the bit of
+// each that is below, adding 1 carries into that of 0x7f; what a borrow reaches beyond stands above
+// a control character anyway.
+constexpr bool has_control(ulint64 word) {
+    constexpr ulint64 each = 0x0101010101010101;
+    const ulint64 below_blank = (word - 0x20 * each) & ~word;
+    const ulint64 delete_character = ((word & 0x7f * each) + each) & ~word;
+    return ((below_blank | delete_character) & 0x80 * each) != 0;
+}
+
+inline bool has_control(std::string_view text) {
+    constexpr ulint64 blanks = 0x2020202020202020;
+    for (; text.size() >= 8; text.remove_prefix(8))
+        if (has_control(word_at(text.data()))) return true;
+    return has_control(head_of(text) | blanks << 8 * text.size());
+}
+
+// Texts of one length ignoring case.
+inline bool same_characters(std::string_view left, std::string_view right) {
+    for (; left.size() > 8; left.remove_prefix(8), right.remove_prefix(8))
+        if (fold_word(word_at(left.data())) != fold_word(word_at(right.data()))) return false;
+    return fold_word(head_of(left)) == fold_word(head_of(right));
+}
+
+// Whole texts of known length ignoring case.
+inline bool same_text(std::string_view left, std::string_view right) {
+    return left.size() == right.size() && same_characters(left, right);
 }
 
 // A text that fields are compared with. It looks at the first eight characters before the rest, all

@@ -1,19 +1,11 @@
 #include "common/text.h"
 
-#include <algorithm>
+#include "common/folded_text.h"
 
 namespace arch {
 
-std::string_view trimmed(std::string_view text) {
-    while (!text.empty() && text.front() == ' ')
-        text.remove_prefix(1);
-    while (!text.empty() && text.back() == ' ')
-        text.remove_suffix(1);
-    return text;
-}
-
 bool survives_reading(std::string_view text) {
-    return std::none_of(text.begin(), text.end(), is_control) && trimmed(text) == text;
+    return !has_control(text) && trimmed(text) == text;
 }
 
 void trim_in_place(schar* text) {

@@ -72,7 +72,13 @@ inline bool same_path(const schar* left, const schar* right) {
 }
 
 // Without the blanks (the space character only) at both ends.
-std::string_view trimmed(std::string_view text);
+inline std::string_view trimmed(std::string_view text) {
+    while (!text.empty() && text.front() == ' ')
+        text.remove_prefix(1);
+    while (!text.empty() && text.back() == ' ')
+        text.remove_suffix(1);
+    return text;
+}
 
 // Whether the INI reader, which trims, reads a text back as it is written.
 bool survives_reading(std::string_view text);

@@ -62,22 +62,24 @@ kqcode_t check_unshared(kqenv_t env, const kq_lst_t& peer) KQ_REQUIRES(arch_cfg_
 }  // namespace arch
 
 ulint arch_cfg_info_len_calc(kqbool inst_check) {
+    const std::string_view own = own_name();
     std::size_t length = body_length_size;
     for (const arch_cfg_t& arch : destinations(arch_cfg_sys)) {
         if (!holds_archives(arch)) continue;
         length += text_length_size + text_in(arch.dest).size();
-        if (inst_check == 1) length += text_length_size + owner_of(arch).size();
+        if (inst_check == 1) length += text_length_size + owner_of(arch, own).size();
     }
     return static_cast<ulint>(length);
 }
 
 ulint arch_cfg_info_encode(byte* msg_buf, ulint off, ulint, kqbool inst_check) {
+    const std::string_view own = own_name();
     byte* const body = msg_buf + off + body_length_size;
     byte_writer out(body);
     for (const arch_cfg_t& arch : destinations(arch_cfg_sys)) {
         if (!holds_archives(arch)) continue;
         out.text(text_in(arch.dest));
-        if (inst_check == 1) out.text(owner_of(arch));
+        if (inst_check == 1) out.text(owner_of(arch, own));
     }
     const ulint body_length = static_cast<ulint>(out.at() - body);
     byte_writer(msg_buf + off).number(body_length, body_length_size);

@@ -46,18 +46,16 @@ bool append_parts(kqenv_t env, kq_lst_t& list, const arch_cfg_t& arch, bool with
         return false;
     }
     copy_text(*path, text_in(arch.dest));
-    if (with_name) copy_text(*name, owner_of(arch));
+    if (with_name) copy_text(*name, owner_of(arch, own_name()));
     append_node(list, *node);
     return true;
 }
 
 }  // namespace
 
-std::string_view owner_of(const arch_cfg_t& arch) {
+std::string_view own_name() {
     const schar* self = ini_get_instance_name();
-    const std::string_view own = self != nullptr ? self : "";
-    const std::string_view name = arch.type == ARCH_TYPE_REMOTE ? text_in(arch.timer_name) : own;
-    return name.substr(0, KQ_SYSNAME_MAX);
+    return self != nullptr ? self : "";
 }
 
 bool append_entry(kqenv_t env, kq_lst_t& list, std::string_view path, std::string_view name) {

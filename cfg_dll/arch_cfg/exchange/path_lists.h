@@ -14,9 +14,15 @@ Value* pool_block(kqenv_t env, ulint count = 1, int line = __builtin_LINE()) {
                                              "cfg_dll/arch_cfg", static_cast<ulint>(line)));
 }
 
+// The name of this instance, empty when it has none.
+std::string_view own_name();
+
 // The instance whose archives a LOCAL or REMOTE destination holds, this one or the remote one, in
 // at most 128 characters.
-std::string_view owner_of(const arch_cfg_t& arch);
+inline std::string_view owner_of(const arch_cfg_t& arch, std::string_view own) {
+    const std::string_view name = arch.type == ARCH_TYPE_REMOTE ? text_in(arch.timer_name) : own;
+    return name.substr(0, KQ_SYSNAME_MAX);
+}
 
 // An entry that is one block: the node first, so that freeing the node frees it all.
 struct path_entry {

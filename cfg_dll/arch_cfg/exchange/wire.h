@@ -8,10 +8,9 @@
 #ifndef ARCH_EXCHANGE_WIRE_H
 #define ARCH_EXCHANGE_WIRE_H
 
-#include <algorithm>
 #include <span>
 
-#include "common/text.h"
+#include "common/folded_text.h"
 
 namespace arch {
 
@@ -30,7 +29,7 @@ class byte_writer {
 
     void text(std::string_view text) {
         number(static_cast<ulint>(text.size()), text_length_size);
-        if (!text.empty()) std::memcpy(at_, text.data(), text.size());
+        copy_characters(reinterpret_cast<schar*>(at_), text);
         at_ += text.size();
     }
 
@@ -54,7 +53,7 @@ class byte_reader {
         if (length > longest || length > rest_.size() - text_length_size) return false;
         read = {reinterpret_cast<const schar*>(rest_.data()) + text_length_size, length};
         rest_ = rest_.subspan(text_length_size + length);
-        return std::none_of(read.begin(), read.end(), is_control);
+        return !has_control(read);
     }
 
   private:

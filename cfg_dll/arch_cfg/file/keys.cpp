@@ -10,6 +10,7 @@
 
 #include "asm3.h"
 #include "common/lock.h"
+#include "common/number.h"
 #include "common/report.h"
 #include "common/server.h"
 #include "file/key_numbers.h"
@@ -276,7 +277,7 @@ kqcode_t apply_key(arch_cfg_sys_t& registry, arch_cfg_t* section, const key_row&
     key_line line{registry, section, key, text, 0};
     if (key.is_str == 0) {
         if (ini_is_integer(text) == 0) return ARCH_E_INVALID_VALUE;
-        line.number = static_cast<ulint>(std::strtoul(text, nullptr, 0));
+        line.number = number_in(text);
         const bool exempt = row.zero_exempt && line.number == 0;
         if (!exempt && !in_range(key, line.number))
             return refuse(ARCH_E_INVALID_VALUE, "arch_cfg %s value %s is invalid\n", name, text);

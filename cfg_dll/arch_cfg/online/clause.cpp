@@ -4,8 +4,10 @@
 //
 // There is no quoting: a value ends at the next comma and may contain "=". A keyword is a row; the
 // last one wins when it stands twice. The clause is cut in place, and nothing is allocated.
-#include <cstdlib>
+#include <algorithm>
 
+#include "common/folded_text.h"
+#include "common/number.h"
 #include "common/server.h"
 #include "registry/registry.h"
 
@@ -24,27 +26,28 @@ struct clause_result {
     bool dest_too_long = false;
 };
 
-using keyword_function = kqcode_t (*)(clause_result&, const schar* value);
+// The value is terminated.
+using keyword_function = kqcode_t (*)(clause_result&, std::string_view value);
 
 // ---- Numbers ----
 
-bool read_number(const schar* text, ulint& number) {
-    if (ini_is_integer(text) == 0) return false;
-    number = static_cast<ulint>(std::strtoul(text, nullptr, 0));
+bool read_number(std::string_view text, ulint& number) {
+    if (ini_is_integer(text.data()) == 0) return false;
+    number = number_in(text.data());
     return true;
 }
 
-const schar* without_plus(const schar* text) {
-    return *text == '+' ? text + 1 : text;
+std::string_view without_plus(std::string_view text) {
+    return text.substr(text.front() == '+' ? 1 : 0);
 }
 
-bool read_unsigned(const schar* text, ulint& number) {
+bool read_unsigned(std::string_view text, ulint& number) {
     text = without_plus(text);
-    return *text != '-' && read_number(text, number);
+    return !text.starts_with('-') && read_number(text, number);
 }
 
 template <auto Field, ulint Bits = 0xFFFFFFFF>
-kqcode_t unsigned_number(clause_result& result, const schar* value) {
+kqcode_t unsigned_number(clause_result& result, std::string_view value) {
     ulint number = 0;
     if (!read_unsigned(value, number)) return ARCH_E_INVALID_NUMBER;
     result.record.*Field = number & Bits;
@@ -55,13 +58,13 @@ constexpr ulint low_16_bits = 0xFFFF;
 
 // A subscriber's number; a clause that names one and no type is about the subscriber.
 template <auto Field>
-kqcode_t subscriber_number(clause_result& result, const schar* value) {
+kqcode_t subscriber_number(clause_result& result, std::string_view value) {
     const kqcode_t code = unsigned_number<Field, low_16_bits>(result, value);
     if (code >= 0 && result.record.type == ARCH_TYPE_NONE) result.record.type = ARCH_TYPE_SUBSCRIBE;
     return code;
 }
 
-kqcode_t recover_time(clause_result& result, const schar* value) {
+kqcode_t recover_time(clause_result& result, std::string_view value) {
     ulint number = 0;
     if (!read_unsigned(value, number)) return ARCH_E_INVALID_NUMBER;
     if (!in_key_range(ini_index_arch_recover_time, number)) return ARCH_E_VALUE_OUT_OF_RANGE;
@@ -71,12 +74,12 @@ kqcode_t recover_time(clause_result& result, const schar* value) {
 
 // Stored before it is judged: a refused record still shows what was asked for.
 template <auto Field>
-kqcode_t flag(clause_result& result, const schar* value) {
+kqcode_t flag(clause_result& result, std::string_view value) {
     if (!read_number(value, result.record.*Field)) return ARCH_E_INVALID_NUMBER;
     return result.record.*Field > 1 ? ARCH_E_VALUE_OUT_OF_RANGE : 0;
 }
 
-kqcode_t raft_vote_interval(clause_result& result, const schar* value) {
+kqcode_t raft_vote_interval(clause_result& result, std::string_view value) {
     if (!read_number(value, result.raft_vote_interval)) return ARCH_E_INVALID_NUMBER;
     const ulint interval = result.raft_vote_interval;
     if (interval == 0) return 0;
@@ -85,9 +88,9 @@ kqcode_t raft_vote_interval(clause_result& result, const schar* value) {
 }
 
 // One digit, of which the range is checked with the record.
-kqcode_t hang_flag(clause_result& result, const schar* value) {
+kqcode_t hang_flag(clause_result& result, std::string_view value) {
     ulint number = 0;
-    if (!read_unsigned(value, number) || std::strlen(without_plus(value)) > 1)
+    if (!read_unsigned(value, number) || without_plus(value).size() > 1)
         return ARCH_E_INVALID_HANG_FLAG;
     result.record.hang_flag = static_cast<usint>(number);
     return 0;
@@ -95,26 +98,26 @@ kqcode_t hang_flag(clause_result& result, const schar* value) {
 
 // ---- Texts ----
 
-kqcode_t type(clause_result& result, const schar* value) {
-    const ulint number = arch_cfg_get_arch_type_by_name(value);
+kqcode_t type(clause_result& result, std::string_view value) {
+    const ulint number = arch_cfg_get_arch_type_by_name(value.data());
     // MARCH is a word of the file, not of a clause.
     if (number == ARCH_TYPE_NONE || same_text(value, "MARCH")) return ARCH_E_INVALID_TYPE;
     result.record.type = static_cast<usint>(number);
     return 0;
 }
 
-kqcode_t dest(clause_result& result, const schar* value) {
-    const std::size_t length = std::strlen(value);
-    result.dest_too_long = length > ARCH_CLAUSE_DEST_MAX;
+kqcode_t dest(clause_result& result, std::string_view value) {
+    result.dest_too_long = value.size() > ARCH_CLAUSE_DEST_MAX;
     if (result.dest_too_long) return ARCH_E_TOO_LONG;
-    std::memcpy(result.dest, value, length + 1);
+    copy_characters(result.dest, value);
+    result.dest[value.size()] = '\0';
     return 0;
 }
 
 // Both texts travel in the same field, and the later one wins: a REMOTE destination has no timer.
 template <std::size_t Longest, kqcode_t TooLong>
-kqcode_t timer_or_path(clause_result& result, const schar* value) {
-    if (std::strlen(value) > Longest) return TooLong;
+kqcode_t timer_or_path(clause_result& result, std::string_view value) {
+    if (value.size() > Longest) return TooLong;
     copy_text(result.record.timer_name, value);
     return 0;
 }
@@ -122,7 +125,7 @@ kqcode_t timer_or_path(clause_result& result, const schar* value) {
 // ---- The keywords ----
 
 struct keyword_row {
-    const schar* keyword;
+    std::string_view keyword;
     usint bit;
     keyword_function apply;
 };
@@ -149,7 +152,7 @@ constexpr keyword_row keywords[] = {
      subscriber_number<&rec::arch_threshold_per_second>},
 };
 
-kqcode_t apply_keyword(const schar* keyword, const schar* value, clause_result& result,
+kqcode_t apply_keyword(std::string_view keyword, std::string_view value, clause_result& result,
                        usint& named) {
     for (const keyword_row& row : keywords) {
         if (!same_text(row.keyword, keyword)) continue;
@@ -162,36 +165,28 @@ kqcode_t apply_keyword(const schar* keyword, const schar* value, clause_result& 
 
 // ---- Segments ----
 
-// Terminates [begin, end) without its outer blanks and returns where it begins.
-schar* cut_trimmed(schar* begin, schar* end) {
-    const std::string_view kept = trimmed(std::string_view(begin, end));
-    schar* start = begin + (kept.data() - begin);
-    *end = '\0';
-    start[kept.size()] = '\0';
-    return start;
-}
-
-// Applies the segment at the start of `rest` and moves on to the next; null behind the last.
-kqcode_t parse_segment(schar*& rest, clause_result& result, usint& named) {
-    schar* comma = std::strchr(rest, ',');
-    schar* equals = std::strchr(rest, '=');
-    if (equals == nullptr || equals == rest || (comma != nullptr && comma < equals))
-        return ARCH_E_CLAUSE_SYNTAX;
-
-    schar* end = comma != nullptr ? comma : equals + std::strlen(equals);
-    const schar* value = cut_trimmed(equals + 1, end);
-    const schar* keyword = cut_trimmed(rest, equals);
-    rest = comma != nullptr ? comma + 1 : nullptr;
-    if (*keyword == '\0' || *value == '\0') return ARCH_E_CLAUSE_SYNTAX;
+kqcode_t parse_segment(schar* begin, std::size_t length, clause_result& result, usint& named) {
+    const std::string_view segment(begin, length);
+    const std::size_t equals = segment.find('=');
+    if (equals == segment.npos || equals == 0) return ARCH_E_CLAUSE_SYNTAX;
+    const std::string_view keyword = trimmed(segment.substr(0, equals));
+    const std::string_view value = trimmed(segment.substr(equals + 1));
+    if (keyword.empty() || value.empty()) return ARCH_E_CLAUSE_SYNTAX;
+    begin[value.data() + value.size() - begin] = '\0';
     return apply_keyword(keyword, value, result, named);
 }
 
-kqcode_t parse_segments(schar* rest, clause_result& result, usint& named) {
-    while (rest != nullptr) {
-        const kqcode_t code = parse_segment(rest, result, named);
+kqcode_t parse_segments(schar* clause, clause_result& result, usint& named) {
+    std::string_view rest = clause;
+    for (;;) {
+        const std::size_t comma = rest.find(',');
+        const std::size_t length = std::min(comma, rest.size());
+        const kqcode_t code = parse_segment(clause, length, result, named);
         if (code < 0) return code;
+        if (comma == rest.npos) return 0;
+        rest.remove_prefix(comma + 1);
+        clause += comma + 1;
     }
-    return 0;
 }
 
 }  // namespace

@@ -19,10 +19,10 @@ class destination_index {
 
     bool is_complete() const { return texts_.is_complete(); }
 
-    // Whether one of the records but `except` answers to a text.
-    bool contains(const schar* text, const arch_cfg_t* except = nullptr) const {
+    // Whether one of the records but `except` answers to a text, which is terminated.
+    bool contains(std::string_view text, const arch_cfg_t* except = nullptr) const {
         return texts_.contains(text, [=](const arch_cfg_t& arch) {
-            return &arch != except && answers_to(arch, folded_text(text));
+            return &arch != except && answers_to(arch, folded_text(text.data()));
         });
     }
 

@@ -36,9 +36,9 @@ bool reading_index::has_section(const schar* name) const {
                            [=](const arch_cfg_t& arch) { return same_text(arch.name, name); });
 }
 
-bool reading_index::has_destination(const schar* text, const arch_cfg_t* except) const {
+bool reading_index::has_destination(std::string_view text, const arch_cfg_t* except) const {
     const bool looks_at_current = current_section_ != nullptr && current_section_ != except;
-    return (looks_at_current && answers_to(*current_section_, folded_text(text))) ||
+    return (looks_at_current && answers_to(*current_section_, folded_text(text.data()))) ||
            destinations_.contains(text, except);
 }
 
@@ -47,11 +47,11 @@ bool section_exists(const arch_cfg_sys_t& registry, const schar* name) {
     return index != nullptr ? index->has_section(name) : find_section(registry, name) != nullptr;
 }
 
-bool destination_exists(const arch_cfg_sys_t& registry, const schar* text,
+bool destination_exists(const arch_cfg_sys_t& registry, std::string_view text,
                         const arch_cfg_t* except) {
     const reading_index* index = reading_index::of(registry);
     return index != nullptr ? index->has_destination(text, except)
-                            : find_destination(registry, text, except) != nullptr;
+                            : find_destination(registry, text.data(), except) != nullptr;
 }
 
 }  // namespace arch

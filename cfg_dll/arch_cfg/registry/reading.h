@@ -1,9 +1,9 @@
-// What start-up knows about the records while it reads the file.
+// What start-up knows about the records while it reads the file and checks the whole.
 //
 // Each section and each destination has to be new. A walk over the list for each would take a time
-// that grows with the square of the file, so that reading keeps an index beside the list. It lives
-// no longer than the reading: then nobody but the reader's callbacks changes the registry, and of
-// its records only that of the current section.
+// that grows with the square of the file, so that start-up keeps an index beside the list. It lives
+// no longer: until then nobody but the reader's callbacks changes what records answer to, and of
+// them only that of the current section.
 #ifndef ARCH_REGISTRY_READING_H
 #define ARCH_REGISTRY_READING_H
 
@@ -34,7 +34,7 @@ class reading_index {
     }
 
     bool has_section(const schar* name) const;
-    bool has_destination(const schar* text, const arch_cfg_t* except) const;
+    bool has_destination(std::string_view text, const arch_cfg_t* except) const;
 
   private:
     text_index names_;

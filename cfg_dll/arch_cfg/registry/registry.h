@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <span>
+#include <string_view>
 
 #include "arch_cfg.h"
 
@@ -81,9 +82,10 @@ arch_cfg_t* find_destination(const arch_cfg_sys_t& registry, const schar* text,
 
 arch_cfg_t* find_section(const arch_cfg_sys_t& registry, const schar* name);
 
-// Whether find_section and find_destination find one; while start-up reads the file, without a walk.
+// Whether find_section and find_destination find one; during start-up, without a walk. The text is
+// terminated.
 bool section_exists(const arch_cfg_sys_t& registry, const schar* name);
-bool destination_exists(const arch_cfg_sys_t& registry, const schar* text,
+bool destination_exists(const arch_cfg_sys_t& registry, std::string_view text,
                         const arch_cfg_t* except);
 
 arch_cfg_t* first_of_type(const arch_cfg_sys_t& registry, ulint type);

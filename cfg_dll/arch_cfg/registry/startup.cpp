@@ -28,11 +28,6 @@ kqcode_t choose_file(const schar* given, file_path& path) {
     return 0;
 }
 
-kqcode_t read_file(const file_path& path) {
-    const reading_index index;
-    return ini_read_other_info_for_posix(path, INI_READ_ARCH);
-}
-
 }  // namespace
 
 kqcode_t arch_cfg_sys_init_with_check(const schar* path_in, kqbool timer_chk, kqbool valid_chk,
@@ -43,7 +38,8 @@ kqcode_t arch_cfg_sys_init_with_check(const schar* path_in, kqbool timer_chk, kq
     file_path path;
     if (const kqcode_t code = choose_file(path_in, path); code < 0) return code;
 
-    if (const kqcode_t code = read_file(path); code < 0) {
+    const reading_index index;
+    if (const kqcode_t code = ini_read_other_info_for_posix(path, INI_READ_ARCH); code < 0) {
         arch_cfg_sys_destroy();
         return code;
     }

@@ -1,6 +1,4 @@
 // The rules that every destination obeys, and the way to those of its type.
-#include <cstdio>
-
 #include "common/report.h"
 #include "common/server.h"
 #include "osfile.h"
@@ -59,12 +57,22 @@ kqcode_t validate_common(const arch_cfg_t& arch) {
 
 sample_file::sample_file(const arch_cfg_t& arch) {
     const schar* postfix = ini_get_str_value(ini_index_logfile_postfix_name);
-    (void)std::snprintf(path_, sizeof path_, "%s%s%s_%s_%d.%s", arch.dest, "/", arch.name,
-                        "20160808121212123", 0, postfix != nullptr ? postfix : "");
+    append(text_in(arch.dest));
+    append("/");
+    append(text_in(arch.name));
+    append("_20160808121212123_0.");
+    append(postfix != nullptr ? postfix : "");
+    path_[length_] = '\0';
+}
+
+void sample_file::append(std::string_view text) {
+    const std::string_view fitting = text.substr(0, sizeof path_ - 1 - length_);
+    copy_characters(path_ + length_, fitting);
+    length_ += fitting.size();
 }
 
 bool sample_file::is_valid() const {
-    return std::strlen(path_) <= KQ_PATHNAME_MAX && is_valid_pathname(path_, 1) != 0;
+    return length_ <= KQ_PATHNAME_MAX && is_valid_pathname(path_, 1) != 0;
 }
 
 kqcode_t validate_destination(const arch_cfg_sys_t& registry, arch_cfg_t& arch,

@@ -15,32 +15,32 @@ std::size_t longest_dest(ulint type) {
     return is_path ? KQ_PATHNAME_MAX : KQ_SYSNAME_MAX;
 }
 
-kqcode_t check_dest(const arch_cfg_sys_t& registry, const schar* dest, ulint type,
+// The text is terminated.
+kqcode_t check_dest(const arch_cfg_sys_t& registry, std::string_view dest, ulint type,
                     const arch_cfg_t* except) {
-    if (dest == nullptr) return ARCH_E_INVALID_DEST;
-    if (std::strlen(dest) > longest_dest(type)) return ARCH_E_TOO_LONG;
-    if (is_this_instance(dest))
+    if (dest.size() > longest_dest(type)) return ARCH_E_TOO_LONG;
+    if (is_this_instance(dest.data()))
         return refuse_printed(ARCH_E_DEST_IS_SELF, "archive_dest can not be self instance!\n");
     if (destination_exists(registry, dest, except)) return ARCH_E_DEST_EXISTS;
-    if (type == ARCH_TYPE_LOCAL && is_valid_pathname(dest, 0) == 0)
+    if (type == ARCH_TYPE_LOCAL && is_valid_pathname(dest.data(), 0) == 0)
         return refuse_printed(ARCH_E_INVALID_PATH, "%s arch dest path %s Invalid!\n", "Local",
-                              dest);
-    if (type == ARCH_TYPE_REMOTE && is_valid_pathname(dest, 0) == 0)
+                              dest.data());
+    if (type == ARCH_TYPE_REMOTE && is_valid_pathname(dest.data(), 0) == 0)
         return refuse_printed(ARCH_E_INVALID_PATH, "%s arch dest path %s Invalid!\n", "Remote",
-                              dest);
+                              dest.data());
     return 0;
 }
 
 // An instance name of the list of `arch`. The record itself is not looked at, so that a name may be
 // given twice, and an empty name is nobody's.
-kqcode_t check_name(const arch_cfg_sys_t& registry, const arch_cfg_t& arch, const schar* name) {
-    if (name[0] != '\0') {
+kqcode_t check_name(const arch_cfg_sys_t& registry, const arch_cfg_t& arch, std::string_view name) {
+    if (!name.empty()) {
         const kqcode_t code = check_dest(registry, name, arch.type, &arch);
         if (code < 0) return raise(code);
     }
-    if (std::strlen(name) > ARCH_INST_NAME_MAX)
-        return refuse_printed(ARCH_E_INVALID_DEST, "ARCH_DEST name %s too long(max %d)\n", name,
-                              ARCH_INST_NAME_MAX);
+    if (name.size() > ARCH_INST_NAME_MAX)
+        return refuse_printed(ARCH_E_INVALID_DEST, "ARCH_DEST name %s too long(max %d)\n",
+                              name.data(), ARCH_INST_NAME_MAX);
     return 0;
 }
 
@@ -63,6 +63,7 @@ kqcode_t store_instances(const arch_cfg_sys_t& registry, arch_cfg_t& arch, const
 }  // namespace arch
 
 kqcode_t arch_cfg_check_dest_validate(arch_cfg_sys_t* cfg_sys, const schar* dest, usint type) {
+    if (dest == nullptr) return ARCH_E_INVALID_DEST;
     return check_dest(cfg_sys != nullptr ? *cfg_sys : arch_cfg_sys, dest, type, nullptr);
 }
 

@@ -3,7 +3,7 @@
 #include "common/report.h"
 #include "common/server.h"
 #include "mal_cfg.h"
-#include "registry/destination_index.h"
+#include "registry/registry.h"
 
 using namespace arch;
 
@@ -14,19 +14,11 @@ kqcode_t refuse_without_mal() {
                           "Mal sys not configured, please check MAL_INI in kq.ini\n");
 }
 
-// Whether a destination of the registry answers to a name; many names are asked for.
-bool is_named(const arch_cfg_sys_t& registry, const destination_index& index, const schar* name) {
-    return index.is_complete() ? index.contains(name) : find_destination(registry, name) != nullptr;
-}
-
 void warn_of_unnamed(const arch_cfg_sys_t& registry, const mal_cfg_sys_t& peers) {
-    destination_index index;
-    for (const arch_cfg_t& arch : destinations(registry))
-        index.add(arch);
     for (usint i = 0; i < peers.n_mal; ++i) {
         const schar* name = peers.mal_arr[i].inst_name;
         if (same_text(name, global_ini_info.instance_name)) continue;
-        if (!is_named(registry, index, name))
+        if (!destination_exists(registry, name, nullptr))
             warn(
                 "Instance(%s) not configured in local kqarch.ini, if it is not in data watch "
                 "system, you can ignore this warnning info!",

@@ -4,6 +4,7 @@
 #define ARCH_VALIDATION_RULES_H
 
 #include "arch_cfg.h"
+#include "common/text.h"
 
 namespace arch {
 
@@ -20,7 +21,10 @@ class sample_file {
     bool is_valid() const;
 
   private:
+    void append(std::string_view text);
+
     schar path_[1024];
+    std::size_t length_ = 0;
 };
 
 kqcode_t validate_destination(const arch_cfg_sys_t& registry, arch_cfg_t& arch,
