@@ -383,6 +383,8 @@ ARCH_CFG_API kqcode_t arch_cfg_calc_next_inst_dest(schar** dest_tmp, schar* dest
  * standard error. ARCH_E_FILE_OPEN when the default file cannot be created, or `path_in` has more
  * than 256 characters (silent; the registry is left empty, not destroyed), and from the reader for
  * a file that it cannot read. A registry that is loaded is destroyed before it is started again.
+ * A file that names a subscriber and that its group or others may read is loaded with a warning in
+ * the log, level 3.
  * Lock: none; no other thread uses the registry yet. */
 ARCH_CFG_API kqcode_t arch_cfg_sys_init_with_check(const schar* path_in, kqbool timer_chk,
                                                    kqbool valid_chk, kqbool asm_path_chk)

@@ -60,6 +60,12 @@ std::string exists(const command_context& context) {
            " bytes";
 }
 
+// mode PATH OCTAL
+std::string mode(const command_context& context) {
+    fs::permissions(context.argument(0), fs::perms(std::stoi(context.argument(1), nullptr, 8)));
+    return "0";
+}
+
 // instance KEY=VALUE... writes kq.ini and opens the instance.
 std::string instance(const command_context& context) {
     std::string parameters;
@@ -168,6 +174,7 @@ const command_table& file_commands() {
         {"link", link},
         {"remove", remove},
         {"exists", exists},
+        {"mode", mode},
         {"instance", instance},
         {"mal", mal},
         {"timers", timers},

@@ -15,6 +15,7 @@ namespace fs = std::filesystem;
 
 void write_file(const fs::path& path, const std::string& text) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write);
     file << text;
     if (!file.flush()) throw std::runtime_error("cannot write " + path.string());
 }

@@ -1,12 +1,16 @@
 // Start-up: find the file, load it, check it.
+#include <sys/stat.h>
+
 #include <cstdio>
 
 #include "arch_cfg.h"
+#include "common/report.h"
 #include "common/server.h"
 #include "elog.h"
 #include "file/ini_file.h"
 #include "osfile.h"
 #include "registry/reading.h"
+#include "registry/registry.h"
 
 using namespace arch;
 
@@ -28,6 +32,14 @@ kqcode_t choose_file(const schar* given, file_path& path) {
     return 0;
 }
 
+// A subscriber's connection text may hold a password: the file is then nobody's but its owner's.
+void warn_of_readers(const file_path& path) {
+    const bool has_subscriber = first_of_type(arch_cfg_sys, ARCH_TYPE_SUBSCRIBE) != nullptr;
+    struct stat status;
+    if (has_subscriber && stat(path, &status) == 0 && (status.st_mode & (S_IRGRP | S_IROTH)) != 0)
+        warn("%s names a subscriber, and others than its owner may read it.", path);
+}
+
 }  // namespace
 
 kqcode_t arch_cfg_sys_init_with_check(const schar* path_in, kqbool timer_chk, kqbool valid_chk,
@@ -43,6 +55,7 @@ kqcode_t arch_cfg_sys_init_with_check(const schar* path_in, kqbool timer_chk, kq
         arch_cfg_sys_destroy();
         return code;
     }
+    warn_of_readers(path);
     if (valid_chk == 0) return 0;
 
     const kqcode_t code = arch_cfg_sys_validate(timer_chk, asm_path_chk);
