@@ -36,6 +36,10 @@ constexpr const char* bodies[] = {
      "ARCH_DEST = sysdba/PASS@10.9.8.7:5236\nARCH_TIMER_NAME = T\nARCH_FILE_SIZE = 64\n"),
     "[S]\nARCH_TYPE = SUBSCRIBE\nARCH_DEST = sysdba PASS@10.9.8.7:5236\nARCH_TIMER_NAME = T\n",
     "# old: a/x@h new: b/PASS\n; sysdba/PASS\n# pw=PASS\n#CONNECT a/PASS\n# my password: PASS\n",
+    "ARCH_DEST sysdba/PASS@10.0.0.9:5236\n",
+    "ARCH_DEST: sysdba/PASS@10.0.0.9:5236\nARCH_DEST: sysdba/PASS\n",
+    "sysdba/PASS@h:1\n",
+    "[sysdba/PASS@h:1\n= sysdba:PASS@h\n",
     "# see /arch@old and u/PASS\n#\r# a@b\rsysdba/PASS\r",
 };
 
@@ -80,6 +84,7 @@ TEST(password, never_comes_out) {
         std::string text = body_with_canary(body);
         place.write("db/kqarch.ini", text);
         place.write("other/kqarch_bak_1.log", text);
+        place.write("db/kqarch_bak_1.log", "");
         for (const char* command : {"check db",
                                     "check --no-timers db",
                                     "show db",
@@ -100,6 +105,7 @@ TEST(password, never_comes_out) {
                                     "modify db --subscriber ARCH_SEND_DELAY=1 --dry-run --force",
                                     "drop db --subscriber --dry-run --force",
                                     "restore other 1 --dry-run --force",
+                                    "restore db 1 --dry-run --force",
                                     "backups other"})
             for (const char* form : {"", " --json"}) {
                 run_result result = place.run(std::string("kqarch ") + command + form);

@@ -95,8 +95,10 @@ void config_file::learn_passwords() {
         if (type == ARCH_TYPE_LOCAL || type == ARCH_TYPE_REMOTE)
             path_sections_.insert(line.section_line);
     }
+    std::vector<std::string> texts = split(text(), '\n');
     for (const config_line& line : lines_) {
         passwords_.learn(line.key, text_place::other);
+        if (line.kind == KQ_INI_BAD) passwords_.learn(texts.at(line.number - 1), text_place::line);
         if (line.kind != KQ_INI_KEY) continue;
         passwords_.learn(line.value, place_of(line));
         // A "=" inside a password tears it apart where "ARCH_DEST =" is missing.

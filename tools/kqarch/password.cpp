@@ -19,10 +19,28 @@ bool begins_like_a_path(std::string_view text) {
     return text.starts_with('/') || text.starts_with('+') || text.starts_with("dfs:");
 }
 
+// Before "@" a "/" is what separates surely; without "@" it does so only in a last word that is no
+// path.
+span find_password_in_line(std::string_view text) {
+    size_t end = text.rfind('@');
+    if (end == text.npos) {
+        size_t word = text.find_last_of(" \t:=[\"'") + 1;
+        size_t slash = text.find('/', word);
+        bool is_path = begins_like_a_path(text.substr(word));
+        return is_path || slash == text.npos ? span{0, 0} : span{slash + 1, text.size()};
+    }
+    for (const char* separators : {"/", ":", " \t"}) {
+        size_t begin = text.substr(0, end).find_first_of(separators);
+        if (begin != text.npos) return {begin + 1, end};
+    }
+    return {0, 0};
+}
+
 // The server is what follows the last "@"; user and password are split at the first "/". A ":" or,
 // in a connection text, a blank are the separators that people use by mistake.
 span find_password(std::string_view text, text_place place) {
     constexpr span none{0, 0};
+    if (place == text_place::line) return find_password_in_line(text);
     if (place == text_place::path && begins_like_a_path(text)) return none;
     size_t end = text.rfind('@');
     bool has_server = end != text.npos;

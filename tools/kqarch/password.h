@@ -15,6 +15,7 @@
 
 // What is known about the place where a text stands.
 enum class text_place {
+    line,        // a line that is no KEY = VALUE: a key and the like may stand before the user
     path,        // a directory: a text that begins like a path holds no password
     subscriber,  // a connection text: what stands behind "/" is a password even without "@"
     other
