@@ -7,8 +7,8 @@
 #include "instance.h"
 #include "private_file.h"
 
-// Holds .kqarch.lock of the directory. The lock ends with the process that holds it; the file
-// stays, and means nothing by itself.
+// Holds .kqarch.lock of the directory, and clears away what killed processes left there. The lock
+// ends with the process that holds it; the file stays, and means nothing by itself.
 class change_lock {
   public:
     explicit change_lock(const instance& open);
