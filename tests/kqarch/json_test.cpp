@@ -178,7 +178,7 @@ TEST_F(kqarch_json, tells_what_a_change_does) {
     json recorded = run("journal --json good")["changes"];
     ASSERT_EQ(recorded.size(), 1U);
     EXPECT_EQ(recorded[0]["command"], "add");
-    EXPECT_EQ(recorded[0]["backup"], "1");
+    EXPECT_EQ(recorded[0]["backup"], 1);
     EXPECT_EQ(recorded[0]["result"], "made");
     EXPECT_EQ(recorded[0]["what"], "TYPE=LOCAL, DEST={dir}/two, HANG_FLAG=0");
 }

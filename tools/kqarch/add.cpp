@@ -1,6 +1,11 @@
 #include "add.h"
 
+#include <utility>
+
 #include "clause.h"
+#include "instance.h"
+#include "target.h"
+#include "text.h"
 
 namespace {
 
@@ -58,6 +63,31 @@ captured add_standby(parsed_clause& clause, bool standby) {
     }
 }
 
+// The section that archives to the directory, or stores the archives of the instance, already.
+std::string user_of(const parsed_clause& clause) {
+    bool remote = clause.record.type == ARCH_TYPE_REMOTE;
+    std::string path = target{remote ? clause.record.timer_name : clause.dest}.text();
+    registry_hold hold;
+    for (const arch_cfg_t* arch = arch_cfg_sys.arch_lst.start; arch; arch = arch->link.next) {
+        bool stores = arch->type == ARCH_TYPE_LOCAL || arch->type == ARCH_TYPE_REMOTE;
+        if (stores && same_text(arch->dest, path))
+            return std::string("section [") + arch->name + "] uses " + path + " already";
+        if (arch->type == ARCH_TYPE_REMOTE && same_text(arch->timer_name, clause.dest))
+            return std::string("section [") + arch->name + "] stores the archives of " +
+                   arch->timer_name + " already";
+    }
+    return "";
+}
+
+// What the module says nothing about.
+captured explained(captured result, const parsed_clause& clause) {
+    if (result.code == ARCH_E_DEST_EXISTS || result.code == ARCH_E_DUPLICATE_PATH)
+        result.said = user_of(clause);
+    if (result.code == ARCH_E_TIMER_NOT_FOUND && !clause.names("ARCH_TIMER_NAME"))
+        result.said = "the clause names no ARCH_TIMER_NAME";
+    return result;
+}
+
 captured add_destination(parsed_clause clause, bool standby) {
     ulint type = clause.record.type;
     if (clause.result.code < 0) return clause.result;
@@ -67,21 +97,25 @@ captured add_destination(parsed_clause clause, bool standby) {
     if (std::optional<captured> misplaced = misplaced_keyword(clause, type)) return *misplaced;
     if (clause.raft_vote_interval != ARCH_UNSET_LONG)
         arch_cfg_sys_set_raft_vote_interval(clause.raft_vote_interval);
-    if (type == ARCH_TYPE_LOCAL) return add_local(clause);
-    if (type == ARCH_TYPE_REMOTE) return add_remote(clause);
-    if (type == ARCH_TYPE_SUBSCRIBE) return add_subscriber(clause);
-    return add_standby(clause, standby);
+    if (type == ARCH_TYPE_LOCAL) return explained(add_local(clause), clause);
+    if (type == ARCH_TYPE_REMOTE) return explained(add_remote(clause), clause);
+    if (type == ARCH_TYPE_SUBSCRIBE) return explained(add_subscriber(clause), clause);
+    return explained(add_standby(clause, standby), clause);
 }
 
 }  // namespace
 
 exit_status run_add(const add_options& options, output& out) {
     clause_text given = take_clause(options.clause);
-    requested_change change{
-        .command = "add",
-        .what = masked_clause(given.text, ARCH_TYPE_NONE),
-        .passwords = passwords_in_clause(given.text, ARCH_TYPE_NONE),
-        // The module changes what it is handed: each run has a clause of its own.
-        .apply = [&] { return add_destination(parse_clause(given), options.standby); }};
+    requested_change change{.command = "add",
+                            .what = masked_clause(given.text, ARCH_TYPE_NONE),
+                            .passwords = passwords_in_clause(given.text, ARCH_TYPE_NONE),
+                            .keeps_learner = true};
+    // The module changes what it is handed: each run has a clause of its own.
+    change.apply = [&] {
+        parsed_clause clause = parse_clause(given);
+        change.doubts = doubts_of(clause, clause.record.type);
+        return add_destination(std::move(clause), options.standby);
+    };
     return run_change(options, change, out);
 }

@@ -1,9 +1,11 @@
 #include "arguments.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 #include <exception>
 #include <iostream>
+#include <limits>
 
 #include "password.h"
 #include "text.h"
@@ -49,7 +51,30 @@ std::string without_passwords(const std::string& text, int count, char** words) 
     return passwords.hide(text);
 }
 
+// Only as it would be shown: what has a 0 or a sign in front may be meant in another way.
+std::string why_no_number(const std::string& word) {
+    lint64 number = 0;
+    (void)std::from_chars(word.data(), word.data() + word.size(), number);
+    return std::to_string(number) == word ? "" : word + " is no decimal number, or too large";
+}
+
+// Of every command: the library reads 010 and 0x10 too, and takes the largest number for a larger.
+void check_numbers(CLI::App& app) {
+    for (CLI::Option* option : app.get_options())
+        if (option->get_type_name().starts_with("INT") ||
+            option->get_type_name().starts_with("UINT"))
+            option->check(why_no_number);
+    for (CLI::App* command : app.get_subcommands([](CLI::App*) { return true; }))
+        check_numbers(*command);
+}
+
 }  // namespace
+
+void add_backup_number(CLI::App& command, std::optional<lint64>& number, bool& replace) {
+    command.add_option("--lsn", number, "The number of the backup [one above the highest]")
+        ->check(CLI::Range(lint64{0}, std::numeric_limits<lint64>::max()));
+    command.add_flag("--replace-backup", replace, "Replace a backup that has the number of --lsn");
+}
 
 command_line::command_line()
     : app_("kqarch: check, show and change the archive configuration of a database instance.",
@@ -72,6 +97,7 @@ CLI::App& command_line::add(const std::string& name, const std::string& what,
 int command_line::run(int count, char** words) {
     output out("", asks_for_json(count, words));
     try {
+        check_numbers(app_);
         app_.parse(count, words);
         std::string name = app_.get_subcommands().front()->get_name();
         out.set_command(name);

@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,9 @@ class command_line {
     bool json_ = false;
     std::map<std::string, command_run> runs_;
 };
+
+// --lsn and --replace-backup of a command that takes a backup.
+void add_backup_number(CLI::App& command, std::optional<lint64>& number, bool& replace);
 
 // init, check, show, fmt, explain
 void add_look_commands(command_line& commands);

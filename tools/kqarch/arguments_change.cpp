@@ -1,4 +1,3 @@
-#include <limits>
 #include <memory>
 #include <utility>
 
@@ -16,7 +15,8 @@ constexpr const char* how_changes_go =
     "what a rewrite loses, what it means, and whether the server would start with the result; a\n"
     "result with which it would not is refused unless --force. Then it asks on a terminal, or\n"
     "wants --yes. A backup is taken before kqarch.ini is written, and a line goes to\n"
-    "kqarch_journal.log. The running server does not learn of the change.\n";
+    "kqarch_journal.log. The running server does not learn of the change. A closed pipe ends the\n"
+    "command: before the change is written, nothing is changed; after that it is finished.\n";
 
 constexpr const char* clause_syntax =
     "\nCLAUSE: KEYWORD=value, KEYWORD=value, without quoting; - reads it from standard input, so\n"
@@ -93,8 +93,7 @@ void add_change_options(CLI::App& command, change_options& given) {
     command.add_flag("--dry-run", given.dry_run, "Show what would become of it, and stop there");
     command.add_flag("--yes", given.yes, "Do not ask");
     command.add_flag("--force", given.force, "Even when the server would not start with it");
-    command.add_option("--lsn", given.lsn, "The number of the backup [one above the highest]")
-        ->check(CLI::Range(lint64{0}, std::numeric_limits<lint64>::max()));
+    add_backup_number(command, given.lsn, given.replace_backup);
 }
 
 void add_add(command_line& commands) {
@@ -156,9 +155,7 @@ void add_backup(command_line& commands) {
     CLI::App& backup = commands.add("backup", "Take a backup of kqarch.ini", backup_footer,
                                     [given](output& out) { return run_backup(*given, out); });
     add_directory(backup, given->directory);
-    backup.add_option("--lsn", given->lsn, "The number of the backup [one above the highest]")
-        ->check(CLI::Range(lint64{0}, std::numeric_limits<lint64>::max()));
-    backup.add_flag("--force", given->force, "Replace a backup of that number");
+    add_backup_number(backup, given->lsn, given->replace);
 }
 
 void add_backups(command_line& commands) {

@@ -104,9 +104,7 @@ CLI::App& add_action(CLI::App& raft, const raft_given& given, raft_action action
     command.add_flag("--yes", given->change.yes, "Do not ask");
     command.add_flag("--force", given->change.force,
                      "Even when it is not safe, or the server would not start with the result");
-    command
-        .add_option("--lsn", given->change.lsn, "The number of the backup [one above the highest]")
-        ->check(CLI::NonNegativeNumber);
+    add_backup_number(command, given->change.lsn, given->change.replace_backup);
     return command;
 }
 

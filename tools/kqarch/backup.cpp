@@ -1,11 +1,14 @@
 #include "backup.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <charconv>
 #include <filesystem>
 #include <limits>
 
 #include "capture.h"
+#include "journal.h"
 #include "startup.h"
 #include "text.h"
 
@@ -23,6 +26,14 @@ std::optional<lint64> number_in(const std::string& name) {
     (void)std::from_chars(name.data() + prefix.size(), name.data() + name.size(), number);
     if (backup_name(number) != name) return std::nullopt;
     return number;
+}
+
+lint64 free_number(const std::vector<lint64>& taken) {
+    lint64 highest = taken.empty() ? 0 : std::max<lint64>(taken.back(), 0);
+    if (highest < std::numeric_limits<lint64>::max()) return highest + 1;
+    while (std::binary_search(taken.begin(), taken.end(), highest))
+        --highest;
+    return highest;
 }
 
 diagnostic about(const instance& open, kqcode_t code, const std::string& text,
@@ -49,13 +60,10 @@ std::vector<lint64> backups_in(const std::string& directory) {
 std::optional<lint64> number_for_backup(const instance& open, std::optional<lint64> asked,
                                         bool replace, output& out) {
     std::vector<lint64> taken = backups_in(open.directory());
-    lint64 highest = taken.empty() ? 0 : std::max<lint64>(taken.back(), 0);
-    bool full = !asked && highest == std::numeric_limits<lint64>::max();
-    lint64 number = asked.value_or(full ? highest : highest + 1);
-    bool is_taken = std::binary_search(taken.begin(), taken.end(), number);
-    if (!is_taken || (replace && asked)) return number;
+    lint64 number = asked ? *asked : free_number(taken);
+    if (replace || !std::binary_search(taken.begin(), taken.end(), number)) return number;
     out.fail(exit_refused, "this backup exists already", open.file(backup_name(number)),
-             "Give another number with --lsn, or --force to replace it.");
+             "Give another number with --lsn, or --replace-backup to replace it.");
     return std::nullopt;
 }
 
@@ -74,19 +82,64 @@ std::optional<problem> take_backup(const instance& open, lint64 number,
                                        "Look at it, and repeat the command.")};
 }
 
+std::string time_of(const std::string& path) {
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 ? time_text(status.st_mtime) : "";
+}
+
+bool is_blank(const config_file& file) {
+    return file.text().find_first_not_of(" \t\r\n") == std::string::npos;
+}
+
 // What the server writes begins with a header and ends with an empty line.
 bool looks_cut_short(const config_file& file) {
     const std::string& text = file.text();
-    if (text.find_first_not_of(" \t\r\n") == text.npos || !text.ends_with('\n')) return true;
+    if (is_blank(file) || !text.ends_with('\n')) return true;
     return text.starts_with("#Velkor ") && !text.ends_with("\n\n");
 }
 
-std::optional<lint64> best_backup(const instance& open) {
-    std::vector<lint64> numbers = backups_in(open.directory());
+namespace {
+
+std::optional<lint64> best_of(const std::vector<lint64>& numbers, const instance& open) {
     for (auto number = numbers.rbegin(); number != numbers.rend(); ++number) {
         config_file file;
         bool readable = file.read(open.file(backup_name(*number))) >= 0;
         if (readable && !file.lines().empty() && start_up(file).code >= 0) return *number;
     }
     return std::nullopt;
+}
+
+// "the state before the last change, of 2026-01-31T12:00:00Z"
+std::string state_in(const instance& open, lint64 number) {
+    size_t changes = changes_since_backup(open.directory(), number);
+    std::string before = changes == 0   ? ""
+                         : changes == 1 ? " before the last change,"
+                                        : " before the last " + count_of(changes, "change") + ",";
+    return "the state" + before + " of " + time_of(open.file(backup_name(number)));
+}
+
+way_back way_to(lint64 number, const instance& open) {
+    return {number, "there is the backup " + backup_name(number),
+            "`kqarch restore " + shell_word(open.directory()) + " " + std::to_string(number) +
+                "` brings back " + state_in(open, number) + "."};
+}
+
+way_back way_to_none_of(const std::vector<lint64>& numbers, const instance& open) {
+    std::string directory = shell_word(open.directory());
+    return {std::nullopt, "the server would start with no backup of it",
+            "`kqarch backups " + directory + "` says why; `kqarch restore --force " + directory +
+                " " + std::to_string(numbers.back()) + "` brings the last one back."};
+}
+
+}  // namespace
+
+std::optional<way_back> find_way_back(const instance& open) {
+    std::vector<lint64> numbers = backups_in(open.directory());
+    if (std::optional<lint64> best = best_of(numbers, open)) return way_to(*best, open);
+    if (!numbers.empty()) return way_to_none_of(numbers, open);
+    std::string time = time_of_last_change(open.directory());
+    if (time.empty()) return std::nullopt;
+    return way_back{std::nullopt, "the journal knows of changes, the last of " + time,
+                    "No backup is left here: look for a copy elsewhere. `kqarch journal " +
+                        shell_word(open.directory()) + "` shows the changes."};
 }

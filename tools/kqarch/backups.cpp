@@ -3,13 +3,13 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <ctime>
 
 #include "backup.h"
 #include "capture.h"
 #include "change_lock.h"
 #include "config_file.h"
 #include "counts.h"
+#include "held_signals.h"
 #include "instance.h"
 #include "journal.h"
 #include "startup.h"
@@ -60,20 +60,12 @@ class recorded_step {
     }
 
   private:
+    held_signals until_recorded_;
     change_lock lock_;
     journal record_;
 };
 
 // ---- The list ----
-
-std::string time_of(const std::string& path) {
-    struct stat status {};
-    if (stat(path.c_str(), &status) != 0) return "";
-    char text[32];
-    std::tm parts{};
-    gmtime_r(&status.st_mtime, &parts);
-    return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts)};
-}
 
 struct listed_backup {
     lint64 number;
@@ -126,13 +118,14 @@ exit_status run_backup(const backup_options& options, output& out) {
     std::optional<file_snapshot> present = take_snapshot(open.config_file());
     if (!present || !present->exists)
         return give_up(unreadable(open.config_file(), ARCH_E_FILE_OPEN), out);
-    std::optional<lint64> number = number_for_backup(open, options.lsn, options.force, out);
+    std::optional<lint64> number = number_for_backup(open, options.lsn, options.replace, out);
     if (!number) return exit_refused;
     if (std::optional<problem> failed = take_backup(open, *number, *present))
         return give_up(*failed, out);
     std::string path = visible(open.file(backup_name(*number)));
     out.set("backup", {{"number", *number}, {"file", path}});
     out.print("Backup: " + path + "\n");
+    out.set_done("the backup " + path + " was taken");
     return step.end({"backup", "", number, 0}, out);
 }
 
@@ -192,5 +185,6 @@ exit_status run_backup_delete(const std::string& directory, lint64 number, outpu
                        out);
     out.set("deleted", visible(path));
     out.print("Deleted " + visible(path) + "\n");
+    out.set_done(visible(path) + " was deleted");
     return step.end({"backup-delete", "", number, 0}, out);
 }

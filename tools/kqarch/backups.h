@@ -10,7 +10,7 @@
 struct backup_options {
     std::string directory = {};
     std::optional<lint64> lsn = {};
-    bool force = false;  // replace a backup of that number
+    bool replace = false;  // a backup of that number
 };
 
 exit_status run_backup(const backup_options& options, output& out);

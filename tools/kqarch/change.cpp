@@ -1,8 +1,12 @@
 #include "change.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <iostream>
 
 #include "backup.h"
@@ -11,10 +15,12 @@
 #include "config_file.h"
 #include "consequences.h"
 #include "difference.h"
+#include "doubts.h"
 #include "held_signals.h"
 #include "hints.h"
 #include "instance.h"
 #include "journal.h"
+#include "private_file.h"
 #include "scratch.h"
 #include "startup.h"
 #include "text.h"
@@ -28,6 +34,12 @@ problem because(exit_status status, const std::string& file, const std::string& 
     return {status, {.file = file, .text = text, .hint = hint}};
 }
 
+// Why a file cannot be opened for writing; empty where it can.
+std::string reason_against_writing(const std::string& path) {
+    open_file probe(open(path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    return probe ? "" : std::strerror(errno);
+}
+
 // Why a step ended the change; nothing when it goes on.
 using step = std::optional<problem>;
 
@@ -38,7 +50,9 @@ class changer {
 
     exit_status run() {
         if (step stop = prepare()) return end(*stop);
+        if (step stop = stays_learner()) return end(*stop);
         if (step stop = try_out()) return end(*stop);
+        warn_of(change_.doubts);
         if (text_ == file_.text() && file_.snapshot().exists) return tell_nothing_changes();
         show();
         if (step stop = would_start()) return end(*stop);
@@ -55,6 +69,18 @@ class changer {
         return why.status;
     }
 
+    void warn(diagnostic found) {
+        found.level = severity::warning;
+        found.line = 0;  // of a text that does not exist
+        found.text = passwords_.hide(found.text);
+        out_.report(found);
+    }
+
+    void warn_of(const std::vector<std::string>& doubts) {
+        for (const std::string& doubt : doubts)
+            warn({.file = instance_.config_file(), .text = doubt});
+    }
+
     // ---- What is there ----
 
     step prepare() {
@@ -69,14 +95,27 @@ class changer {
         if (step stop = read()) return stop;
         if (change_.prepare)
             if (step stop = change_.prepare(instance_)) return stop;
-        startup present = start_up(file_);
+        start_ = start_up(file_);
         before_ = facts_of_registry();
-        if (present.loads || !change_.rewrites) return std::nullopt;
-        diagnostic found = present.decisive();
+        doubts_before_ = doubts_of_registry(instance_, file_);
+        if (start_.loads || !change_.rewrites) return std::nullopt;
+        diagnostic found = start_.decisive();
         found.hint =
             "A change rewrites the whole file, so that all of it must load. `kqarch check " +
-            instance_.directory() + "` lists every problem.";
+            shell_word(instance_.directory()) + "` lists every problem.";
         return problem{exit_refused, found};
+    }
+
+    step stays_learner() {
+        if (!change_.keeps_learner || arch_cfg_check_self_is_learner() == 0) return std::nullopt;
+        problem why = because(exit_refused, instance_.config_file(),
+                              "this node is a learner, and RAFT_LEARNER = 1 is not written back: "
+                              "from its next start on it would be a voter",
+                              "Make the change with an editor. --force makes it all the same.");
+        if (!options_.force) return why;
+        why.found.hint = "";
+        warn(why.found);
+        return std::nullopt;
     }
 
     step read() {
@@ -103,12 +142,25 @@ class changer {
         return result;
     }
 
-    step refusal(const captured& result) {
-        return problem{status_of(result.code),
-                       {.file = instance_.config_file(),
-                        .code = result.code,
-                        .text = result.said,
-                        .hint = hint_for(result.code, result.said)}};
+    problem refusal(const captured& result) const {
+        return {status_of(result.code),
+                {.file = instance_.config_file(),
+                 .code = result.code,
+                 .text = result.said,
+                 .hint = hint_for(result.code, result.said)}};
+    }
+
+    // Nothing is found in a file that has lost its text.
+    problem refusal_of_trial(const captured& result) const {
+        problem why = refusal(result);
+        if (result.code != ARCH_E_DEST_NOT_FOUND || !is_blank(file_)) return why;
+        why.found.text = std::string("no destination has that name: the file ") +
+                         (file_.snapshot().exists ? "is empty" : "does not exist");
+        std::optional<way_back> way = find_way_back(instance_);
+        if (!way) return why;
+        why.found.text += ", and " + way->found;
+        why.found.hint = way->hint;
+        return why;
     }
 
     step try_out() {
@@ -116,13 +168,15 @@ class changer {
         scratch_directory scratch(file_.text());
         captured result = apply();
         result.said = scratch.explained(result.said);
-        if (result.code < 0) return refusal(result);
+        if (result.code < 0) return refusal_of_trial(result);
         text_ = scratch.text();
         facts_ = facts_of_registry();
         return std::nullopt;
     }
 
     exit_status tell_nothing_changes() {
+        tell_start();
+        if (start_.code < 0) warn(no_start("the server would not start with it: "));
         out_.print(visible(instance_.config_file()) + ": nothing changes\n");
         return exit_good;
     }
@@ -136,7 +190,15 @@ class changer {
         start_ = start_up(after_);
         // Of lines that are refused nothing is known.
         if (start_.loads) facts_ = facts_of_registry();
+        if (start_.loads) warn_of_new_doubts();
         tell_consequences();
+    }
+
+    void warn_of_new_doubts() {
+        for (const diagnostic& doubt : doubts_of_registry(instance_, after_))
+            if (std::none_of(doubts_before_.begin(), doubts_before_.end(),
+                             [&](const diagnostic& old) { return old.text == doubt.text; }))
+                warn(doubt);
     }
 
     void tell_consequences() {
@@ -151,23 +213,32 @@ class changer {
         out_.set("consequences", documents);
     }
 
-    step would_start() {
+    void tell_start() {
         out_.set("would_start", start_.code >= 0);
         out_.set("start_code", start_.code);
+    }
+
+    diagnostic no_start(const std::string& what) const {
+        diagnostic found = start_.decisive();
+        found.line = 0;
+        found.text = what + found.text;
+        found.hint = "";
+        return found;
+    }
+
+    step would_start() {
+        tell_start();
         if (start_.code >= 0) {
             out_.print("The server would start with the result.\n");
             return std::nullopt;
         }
-        diagnostic found = start_.decisive();
-        found.line = 0;  // of a text that does not exist
-        found.text = "the server would not start with the result: " + found.text;
+        diagnostic found = no_start("the server would not start with the result: ");
+        if (options_.force) {
+            warn(found);
+            return std::nullopt;
+        }
         found.hint = "Nothing was changed. --force makes the change all the same.";
-        if (!options_.force) return problem{exit_refused, found};
-        found.level = severity::warning;
-        found.hint = "";
-        found.text = passwords_.hide(found.text);
-        out_.report(found);
-        return std::nullopt;
+        return problem{exit_refused, found};
     }
 
     exit_status tell_dry_run() {
@@ -202,7 +273,7 @@ class changer {
         if (record.failure()) return end(*record.failure());
         std::optional<lint64> number;
         if (file_.snapshot().exists) {
-            number = number_for_backup(instance_, options_.lsn, options_.force, out_);
+            number = number_for_backup(instance_, options_.lsn, options_.replace_backup, out_);
             if (!number) return exit_refused;
         }
         if (step stop = secure(number)) return end(*stop);
@@ -233,7 +304,8 @@ class changer {
     }
 
     captured carry_out() {
-        (void)start_up(file_);
+        startup again = start_up(file_);
+        if (change_.rewrites && !again.loads) return {again.code, again.decisive().text};
         return apply();
     }
 
@@ -241,26 +313,57 @@ class changer {
         std::optional<file_snapshot> written = take_snapshot(instance_.config_file());
         if (!written || written->bytes != text_)
             return end(because(exit_failed, instance_.config_file(),
-                               "what was written is not what was shown", way_back(number)));
+                               "what was written is not what was shown", how_back(number)));
         out_.set("made", true);
+        out_.set_done(
+            "the change was made" +
+            (number ? ", with the backup " + visible(instance_.file(backup_name(*number))) : ""));
         out_.print("Changed " + visible(instance_.config_file()) + "\n");
         return exit_good;
     }
 
     exit_status tell_failure(const captured& result, std::optional<lint64> number) {
-        std::optional<file_snapshot> present = take_snapshot(instance_.config_file());
-        problem why = *refusal(result);
-        bool whole = present && *present == file_.snapshot();
+        problem why = refusal(result);
+        std::string reason = reason_against_writing(instance_.config_file());
+        if (result.code == ARCH_E_FILE_OPEN && !reason.empty())
+            why.found.text = "cannot be written: " + reason;
         if (why.found.text.ends_with('.')) why.found.text.pop_back();
-        why.found.text += whole ? "; nothing was changed" : "; the file is not whole";
-        if (!whole) why.found.hint = way_back(number);
+        if (is_untouched())
+            why.found.text += "; nothing was changed";
+        else if (put_back())
+            why.found.text += "; the file was put back as it was";
+        else
+            why.found = not_whole(why.found, number);
         return end(why);
     }
 
-    std::string way_back(std::optional<lint64> number) const {
+    diagnostic not_whole(diagnostic found, std::optional<lint64> number) const {
+        found.text += "; the file is not whole";
+        if (number) found.text += ", and could not be put back";
+        found.hint = how_back(number);
+        return found;
+    }
+
+    bool is_untouched() const {
+        std::optional<file_snapshot> present = take_snapshot(instance_.config_file());
+        return present && *present == file_.snapshot();
+    }
+
+    // The old text may have room where the new one had none. A file that somebody else put in this
+    // one's place is his.
+    bool put_back() const {
+        std::optional<file_snapshot> present = take_snapshot(instance_.config_file());
+        bool same = present && present->exists && present->device == file_.snapshot().device &&
+                    present->number == file_.snapshot().number;
+        if (!same) return false;
+        (void)capture([this] { return arch_cfg_sys_write_by_rec(file_.text().c_str(), 1); });
+        return is_untouched();
+    }
+
+    std::string how_back(std::optional<lint64> number) const {
         if (!number) return "There was no kqarch.ini before; remove what is there.";
-        return "`kqarch restore " + instance_.directory() + " " + std::to_string(*number) +
-               "` brings the file back as it was.";
+        return "`kqarch restore " + shell_word(instance_.directory()) + " " +
+               std::to_string(*number) + "` brings the file back as it was.";
     }
 
     const change_options& options_;
@@ -271,7 +374,8 @@ class changer {
     config_file file_;  // as it was read
     config_file after_;
     std::string text_;  // that is to be written
-    startup start_;     // with that text
+    startup start_;     // with that text, and before with the text that was read
+    std::vector<diagnostic> doubts_before_;
     password_list passwords_;
     configuration_facts before_;
     configuration_facts facts_;  // after the change

@@ -23,7 +23,8 @@ struct change_options {
     std::string directory = {};
     bool dry_run = false;            // show what would become of it and stop there
     bool yes = false;                // do not ask
-    bool force = false;              // even when the server would not start with the result
+    bool force = false;              // even when it is not safe, or the server would not start
+    bool replace_backup = false;     // one that has the number of `lsn`
     std::optional<lint64> lsn = {};  // the number of the backup; default: one above the highest
 };
 
@@ -44,7 +45,10 @@ struct requested_change {
     // Whether the text is made anew from the registry, so that all of kqarch.ini must load. Else
     // `apply` writes a text of its own.
     bool rewrites = true;
+    // Refused on a learner: RAFT_LEARNER is never written back.
+    bool keeps_learner = false;
     std::vector<std::string> remarks = {};  // sentences to show with the consequences
+    std::vector<std::string> doubts = {};   // to warn of; `apply` may set them
 };
 
 // Reports everything to `out`. Exit status: good when the change was made (or, on a dry run, would

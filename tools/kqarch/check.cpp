@@ -23,6 +23,7 @@ struct verdict {
     kqcode_t code = 0;
     std::optional<bool> archiving = {};  // unknown when the instance does not open
     type_counts counts = {};
+    bool lost = false;  // kqarch.ini had destinations once, and is empty
 };
 
 // A directory that the server would make, and the line that names it.
@@ -45,7 +46,7 @@ class checker {
         } else {
             verdict_.archiving = instance_.archiving();
             if (*verdict_.archiving) check_config();
-            if (!file_.path().empty() && looks_cut_short(file_)) offer_backup();
+            if (seen_ && looks_cut_short(file_)) offer_backup();
         }
         os_set_dry_run(0);
         return verdict_;
@@ -76,6 +77,7 @@ class checker {
         } else if (kqcode_t code = file_.read(instance_.config_file()); code < 0) {
             return give_up(unreadable(file_.path(), code));
         }
+        seen_ = true;
         std::vector<diagnostic> refused = load(file_);
         if (!refused.empty()) return refuse(refused, refused.front().code);
         check_rules();
@@ -162,20 +164,24 @@ class checker {
 
     // Trying the backups takes the registry, so that this comes last.
     void offer_backup() {
-        std::optional<lint64> number = best_backup(instance_);
-        if (!number) return;
+        std::optional<way_back> way = find_way_back(instance_);
+        bool blank = is_blank(file_);
+        if (!way || (!blank && !way->number)) return;
+        verdict_.lost = blank;
+        std::string what = instance_.config_missing() ? "does not exist"
+                           : blank                    ? "is empty"
+                                                      : "seems to be cut short";
         out_.report({.level = severity::warning,
-                     .file = file_.path(),
-                     .text = (file_.lines().empty() ? "is empty" : "seems to be cut short") +
-                             std::string(", and there is the backup ") + backup_name(*number),
-                     .hint = "`kqarch restore " + instance_.directory() + " " +
-                             std::to_string(*number) + "` brings it back."});
+                     .file = instance_.config_file(),
+                     .text = what + ", and " + way->found,
+                     .hint = way->hint});
     }
 
     const check_options& options_;
     output& out_;
     instance instance_;
     config_file file_;
+    bool seen_ = false;  // what is in kqarch.ini, or that there is none
     verdict verdict_;
 };
 
@@ -185,6 +191,7 @@ std::string verdict_text(const verdict& given) {
         return "would not start: " + code_text(given.code);
     if (given.archiving == false)
         return "would start: archiving is off, the server does not look at kqarch.ini";
+    if (given.lost) return "would start, but kqarch.ini has lost its destinations";
     return "would start: " + counts_text(given.counts);
 }
 

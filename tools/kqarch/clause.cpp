@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <system_error>
 
+#include "catalogue.h"
 #include "text.h"
 
 namespace {
@@ -93,8 +94,8 @@ parsed_clause parse_clause(const clause_text& given) {
     clause.result.code = arch_cfg_parse_sql(buffer.data(), &clause.record, dest.data(),
                                             &clause.named, &clause.raft_vote_interval);
     clause.dest.assign(dest.c_str());
-    for (segment& one : segments_of(given.text))
-        clause.keywords.insert(std::move(one.keyword));
+    for (const segment& one : segments_of(given.text))
+        if (!clause.keywords.insert(one.keyword).second) clause.repeated.insert(one.keyword);
     return clause;
 }
 
@@ -114,6 +115,22 @@ password_list passwords_in_clause(const std::string& text, ulint type) {
     for (const segment& one : segments)
         passwords.learn(one.value, place_of(one, type));
     return passwords;
+}
+
+std::vector<std::string> doubts_of(const parsed_clause& clause, ulint type) {
+    std::vector<std::string> doubts;
+    for (const std::string& keyword : clause.repeated)
+        doubts.push_back(keyword + " stands twice; the last one counts");
+    for (const std::string& keyword : clause.keywords) {
+        const key_entry* key = find_key(keyword);
+        if (key == nullptr) key = find_key("ARCH_" + keyword);
+        bool has_it =
+            key == nullptr || key->scope == key_scope::global || (key->types & type_bit(type)) != 0;
+        if (!has_it)
+            doubts.push_back(std::string("a ") + arch_cfg_get_arch_name_by_type(type) +
+                             " destination has no " + keyword + ": it is passed over");
+    }
+    return doubts;
 }
 
 std::optional<captured> misplaced_keyword(const parsed_clause& clause, ulint type) {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "arch_cfg.h"
 #include "capture.h"
@@ -28,6 +29,7 @@ struct parsed_clause {
     usint named = 0;   // enum arch_cfg_mod
     ulint raft_vote_interval = 0;
     std::set<std::string> keywords;  // upper case
+    std::set<std::string> repeated;  // those of them that stand twice: the last one counts
 
     bool names(const std::string& keyword) const { return keywords.contains(keyword); }
 };
@@ -47,6 +49,10 @@ captured refuse_raft(ulint type);
 
 // What the module has no words for: a directory that is not there and cannot be made.
 captured refuse_directory();
+
+// What the module passes over in silence: keywords that a destination of the type does not have, and
+// what stands twice.
+std::vector<std::string> doubts_of(const parsed_clause& clause, ulint type);
 
 // Two keywords travel in one field of the record: the one that the type does not have would be
 // taken for the other.

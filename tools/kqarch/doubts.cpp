@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "catalogue.h"
+#include "osfile.h"
 #include "text.h"
 
 namespace {
@@ -32,6 +33,22 @@ ulint home_of(const config_line& line) {
     return entry != nullptr && entry->scope == key_scope::global ? 0 : line.section_line;
 }
 
+bool has_directory(const arch_cfg_t& arch) {
+    bool of_this_machine = !os_file_path_is_asm(arch.dest) && !os_file_path_is_dfs(arch.dest);
+    return (arch.type == ARCH_TYPE_LOCAL || arch.type == ARCH_TYPE_REMOTE) && of_this_machine &&
+           arch.dest[0] != '\0';
+}
+
+// With links followed as far as it exists.
+std::string real_directory(const arch_cfg_t& arch) {
+    std::error_code error;
+    return std::filesystem::weakly_canonical(std::filesystem::absolute(arch.dest, error), error);
+}
+
+const char* directory_key(const arch_cfg_t& arch) {
+    return arch.type == ARCH_TYPE_REMOTE ? "ARCH_INCOMING_PATH" : "ARCH_DEST";
+}
+
 bool is_relative(const std::string& path) {
     return !path.empty() && !path.starts_with('/') && !path.starts_with('+') &&
            !path.starts_with("dfs:");
@@ -41,8 +58,7 @@ diagnostic doubt_of_path(const arch_cfg_t& arch, const config_file& file) {
     std::error_code error;
     std::string whole = std::filesystem::absolute(arch.dest, error);
     bool quoted = arch.dest[0] == '"' || arch.dest[0] == '\'';
-    bool incoming = arch.type == ARCH_TYPE_REMOTE;
-    const char* key = incoming ? "ARCH_INCOMING_PATH" : "ARCH_DEST";
+    const char* key = directory_key(arch);
     diagnostic doubt = warning_at(
         file.path(), file.key_line(arch.name, key),
         file.passwords().hide(std::string(key) + " " + arch.dest +
@@ -54,6 +70,32 @@ diagnostic doubt_of_path(const arch_cfg_t& arch, const config_file& file) {
     doubt.section = file.passwords().hide(arch.name);
     doubt.key = key;
     return doubt;
+}
+
+diagnostic doubt_of_twin(const arch_cfg_t& arch, const arch_cfg_t& twin, const config_file& file) {
+    const char* key = directory_key(arch);
+    diagnostic doubt = warning_at(
+        file.path(), file.key_line(arch.name, key),
+        file.passwords().hide(std::string(key) + " " + arch.dest + " is the same directory as " +
+                              twin.dest + " of section [" + twin.name + "]"),
+        "Give each destination a directory of its own.");
+    doubt.section = file.passwords().hide(arch.name);
+    doubt.key = key;
+    return doubt;
+}
+
+// The same path twice is refused when it is read.
+std::vector<diagnostic> doubts_of_twins(const config_file& file) KQ_REQUIRES(arch_cfg_sys.mutex) {
+    std::vector<diagnostic> doubts;
+    std::map<std::string, const arch_cfg_t*> seen;
+    for (const arch_cfg_t* arch = arch_cfg_sys.arch_lst.start; arch; arch = arch->link.next) {
+        std::string path = has_directory(*arch) ? real_directory(*arch) : "";
+        auto [found, is_new] = seen.emplace(path, arch);
+        bool same_path = same_text(arch->dest, found->second->dest);
+        if (!is_new && !path.empty() && !same_path)
+            doubts.push_back(doubt_of_twin(*arch, *found->second, file));
+    }
+    return doubts;
 }
 
 }  // namespace
@@ -103,7 +145,7 @@ std::vector<diagnostic> doubts_of_lines(const config_file& file) {
 
 std::vector<diagnostic> doubts_of_registry(const instance& open, const config_file& file) {
     registry_hold hold;
-    std::vector<diagnostic> doubts;
+    std::vector<diagnostic> doubts = doubts_of_twins(file);
     if (arch_cfg_sys.arch_lst.start == nullptr)
         doubts.push_back(warning_at(open.config_file(), 0,
                                     "archiving is on, and there is no destination: nothing is "

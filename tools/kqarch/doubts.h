@@ -15,8 +15,8 @@ std::vector<diagnostic> doubts_of_rights(const instance& open);
 // Keys that stand twice, of which the last counts.
 std::vector<diagnostic> doubts_of_lines(const config_file& file);
 
-// Of what was loaded: directories that depend on where the server is started; nothing to archive
-// to.
+// Of what was loaded: directories that depend on where the server is started, or are another's under
+// another name; nothing to archive to.
 std::vector<diagnostic> doubts_of_registry(const instance& open, const config_file& file)
     KQ_EXCLUDES(arch_cfg_sys.mutex);
 

@@ -15,9 +15,10 @@ captured drop_destination(const target& which) {
 }  // namespace
 
 exit_status run_drop(const drop_options& options, output& out) {
-    requested_change change{.command = "drop", .what = options.which.shown(), .apply = [&] {
-                                return drop_destination(options.which);
-                            }};
+    requested_change change{.command = "drop",
+                            .what = options.which.shown(),
+                            .apply = [&] { return drop_destination(options.which); },
+                            .keeps_learner = true};
     change.passwords.learn(options.which.dest, text_place::other);
     return run_change(options, change, out);
 }

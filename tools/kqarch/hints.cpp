@@ -54,6 +54,7 @@ constexpr hint_row hint_rows[] = {
     {" is not for ", "INCOMING_PATH is for REMOTE, ARCH_TIMER_NAME for ASYNC and SUBSCRIBE."},
     {"names no TYPE", "Add TYPE=LOCAL, REALTIME, SYNC, ASYNC, TIMELY, REMOTE or SUBSCRIBE."},
     {"names no DEST", "Add DEST= with a directory, instance names or a connection text."},
+    {"names no ARCH_TIMER_NAME", "Add ARCH_TIMER_NAME= with the name of a timer of kqtimer.ini."},
     {"names no INCOMING_PATH", "Add INCOMING_PATH= with the directory for its archives."},
     {"Invalid ARCH_TYPE", "Add ARCH_TYPE as the first line of the section."},
     {"the address is this instance itself",

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <ctime>
 #include <filesystem>
 #include <vector>
@@ -19,14 +20,8 @@ using json = nlohmann::ordered_json;
 
 constexpr const char* journal_name = "kqarch_journal.log";
 constexpr std::array fields = {"time", "user", "host", "command", "backup", "result", "what"};
-
-std::string time_text() {
-    char text[32];
-    std::time_t now = std::time(nullptr);
-    std::tm parts{};
-    gmtime_r(&now, &parts);
-    return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts)};
-}
+enum column : size_t { time_column, command_column = 3, backup_column, result_column };
+constexpr const char* made = "made";
 
 std::string user_text() {
     const passwd* user = getpwuid(getuid());
@@ -41,12 +36,12 @@ std::string host_text() {
 
 std::string line_of(const journal_entry& entry) {
     std::vector<std::string> pieces = {
-        time_text(),
+        time_text(std::time(nullptr)),
         user_text(),
         host_text(),
         entry.command,
         entry.backup ? std::to_string(*entry.backup) : "-",
-        entry.code == 0 ? "made" : code_text(entry.code),
+        entry.code == 0 ? made : code_text(entry.code),
         entry.what,
     };
     for (std::string& piece : pieces)
@@ -85,11 +80,35 @@ std::vector<table_row> rows_of(const std::string& text, const std::string& path,
     return rows;
 }
 
+std::optional<lint64> backup_of(const table_row& row) {
+    const std::string& text = row[backup_column];
+    lint64 number = 0;
+    (void)std::from_chars(text.data(), text.data() + text.size(), number);
+    if (std::to_string(number) != text) return std::nullopt;
+    return number;
+}
+
 json as_document(const table_row& row) {
     json document = json::object();
     for (size_t i = 0; i < fields.size(); ++i)
         document[fields[i]] = row[i];
+    std::optional<lint64> backup = backup_of(row);
+    document[fields[backup_column]] = backup ? json(*backup) : json();
     return document;
+}
+
+// What was made, oldest first.
+std::vector<table_row> rows_in(const std::string& directory) {
+    output nowhere("", true);
+    std::optional<file_snapshot> taken = take_snapshot(directory + "/" + journal_name);
+    std::vector<table_row> rows;
+    if (taken) rows = rows_of(taken->bytes, "", nowhere);
+    std::erase_if(rows, [](const table_row& row) { return row[result_column] != made; });
+    return rows;
+}
+
+bool is_change(const table_row& row) {
+    return row[command_column] != "backup" && row[command_column] != "backup-delete";
 }
 
 void show(std::vector<table_row> rows, output& out) {
@@ -118,6 +137,25 @@ std::optional<problem> journal::append(const journal_entry& entry) const {
     if (written == static_cast<ssize_t>(line.size())) return std::nullopt;
     if (written >= 0) errno = ENOSPC;
     return cannot(path_, "the change could not be recorded");
+}
+
+size_t changes_since_backup(const std::string& directory, lint64 number) {
+    size_t changes = 0;
+    bool known = false;
+    for (const table_row& row : rows_in(directory)) {
+        bool taken = backup_of(row) == number && row[command_column] != "backup-delete";
+        if (taken) changes = 0;
+        known = known || taken;
+        changes += known && is_change(row) ? 1 : 0;
+    }
+    return changes;
+}
+
+std::string time_of_last_change(const std::string& directory) {
+    std::string time;
+    for (const table_row& row : rows_in(directory))
+        if (is_change(row)) time = row[time_column];
+    return time;
 }
 
 exit_status run_journal(const std::string& directory, output& out) {

@@ -7,6 +7,7 @@
 #ifndef KQARCH_JOURNAL_H
 #define KQARCH_JOURNAL_H
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -35,6 +36,13 @@ class journal {
     open_file file_;
     std::optional<problem> failure_;
 };
+
+// How many changes were made since a backup was taken, the one that it was taken for among them; 0
+// where the journal does not know the backup.
+size_t changes_since_backup(const std::string& directory, lint64 number);
+
+// When the last change was made; empty where none is known.
+std::string time_of_last_change(const std::string& directory);
 
 // kqarch journal
 exit_status run_journal(const std::string& directory, output& out);

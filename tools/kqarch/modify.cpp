@@ -197,7 +197,8 @@ class modification {
     std::string dest_;
 };
 
-captured modify_destination(parsed_clause clause, const target& which) {
+captured modify_destination(parsed_clause clause, const target& which,
+                            std::vector<std::string>& doubts) {
     if (clause.result.code < 0) return clause.result;
     arch_cfg_t* stored = find(which);
     if (stored == nullptr) return {ARCH_E_DEST_NOT_FOUND, ""};
@@ -206,6 +207,7 @@ captured modify_destination(parsed_clause clause, const target& which) {
     registry_hold hold;
     modification asked(clause, *stored);
     if (captured refused = asked.check(); refused.code < 0) return refused;
+    doubts = doubts_of(clause, asked.result().type);
     arch_cfg_link_t place = stored->link;
     *stored = asked.result();
     stored->link = place;
@@ -220,11 +222,13 @@ exit_status run_modify(const modify_options& options, output& out) {
     clause_text given = take_clause(options.clause);
     // What a text names is never the subscriber: there, only a text with "@" holds a password.
     ulint type = options.which.subscriber ? ARCH_TYPE_SUBSCRIBE : ARCH_TYPE_LOCAL;
-    requested_change change{
-        .command = "modify",
-        .what = options.which.shown() + " " + masked_clause(given.text, type),
-        .passwords = passwords_in_clause(given.text, type),
-        .apply = [&] { return modify_destination(parse_clause(given), options.which); }};
+    requested_change change{.command = "modify",
+                            .what = options.which.shown() + " " + masked_clause(given.text, type),
+                            .passwords = passwords_in_clause(given.text, type),
+                            .keeps_learner = true};
+    change.apply = [&] {
+        return modify_destination(parse_clause(given), options.which, change.doubts);
+    };
     change.passwords.learn(options.which.dest, text_place::other);
     return run_change(options, change, out);
 }

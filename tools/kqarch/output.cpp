@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -149,10 +150,13 @@ void output::report_left_out() {
 
 int output::finish(exit_status status) {
     report_left_out();
+    // What is done has to be told, also where nobody reads the document.
+    if (!done_.empty()) (void)std::signal(SIGPIPE, SIG_IGN);
     if (as_json_) write_document(status);
     if (write_error_ == 0) return status;
     // A reader that has seen enough, `head` say, has closed the pipe on purpose.
-    if (write_error_ != EPIPE)
-        std::fprintf(stderr, "kqarch: error: standard output: %s\n", std::strerror(write_error_));
+    if (write_error_ != EPIPE || !done_.empty())
+        std::fprintf(stderr, "kqarch: error: standard output: %s%s%s\n",
+                     std::strerror(write_error_), done_.empty() ? "" : "; ", done_.c_str());
     return exit_failed;
 }

@@ -17,6 +17,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "kqtype.h"
@@ -72,6 +73,9 @@ class output {
     exit_status fail(exit_status status, std::string text, std::string file = {},
                      std::string hint = {});
 
+    // What has been done, which is told on standard error where standard output cannot tell it.
+    void set_done(std::string what) { done_ = std::move(what); }
+
     // Ends the output. The process's exit status: `status`, or exit_failed when standard output
     // did not take everything.
     int finish(exit_status status);
@@ -84,7 +88,8 @@ class output {
     std::string command_;
     bool as_json_;
     std::map<std::string, size_t> reported_;  // of each file
-    int write_error_ = 0;                     // errno of the first write that failed
+    std::string done_;
+    int write_error_ = 0;  // errno of the first write that failed
     nlohmann::ordered_json fields_ = nlohmann::ordered_json::object();
     nlohmann::ordered_json diagnostics_ = nlohmann::ordered_json::array();
 };

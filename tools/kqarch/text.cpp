@@ -138,6 +138,13 @@ bool same_text(std::string_view left, std::string_view right) {
     return upper_case(left) == upper_case(right);
 }
 
+std::string time_text(std::time_t time) {
+    char text[32];
+    std::tm parts{};
+    gmtime_r(&time, &parts);
+    return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts)};
+}
+
 size_t display_width(std::string_view text) {
     return static_cast<size_t>(std::count_if(
         text.begin(), text.end(), [](char letter) { return (letter & '\xc0') != '\x80'; }));

@@ -3,6 +3,7 @@
 #define KQARCH_TEXT_H
 
 #include <cstddef>
+#include <ctime>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,6 +26,9 @@ std::string upper_case(std::string_view text);
 
 // Whether two texts are the same, ignoring the case of ASCII letters.
 bool same_text(std::string_view left, std::string_view right);
+
+// "2026-01-31T12:00:00Z"
+std::string time_text(std::time_t time);
 
 // How many places a text takes on a terminal, a character of UTF-8 being one.
 size_t display_width(std::string_view text);
