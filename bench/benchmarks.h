@@ -67,6 +67,11 @@ void find_no_key_bare(benchmark::State& state);
 void enter_and_exit(benchmark::State& state);
 void lock_and_unlock(benchmark::State& state);
 
+// processes.cpp; measured by the processor time of the process
+void run_kqarch(benchmark::State& state);
+void run_nothing(benchmark::State& state);
+void run_nginx(benchmark::State& state);
+
 }  // namespace bench
 
 #endif

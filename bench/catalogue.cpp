@@ -69,8 +69,9 @@ constexpr growth_row growing[] = {
 };
 
 // A wrong result ends the benchmark as a failed one.
-void add(const std::string& name, const std::function<void(benchmark::State&)>& body) {
-    benchmark::RegisterBenchmark(name.c_str(), [body](benchmark::State& state) {
+benchmark::internal::Benchmark* add(const std::string& name,
+                                    const std::function<void(benchmark::State&)>& body) {
+    return benchmark::RegisterBenchmark(name.c_str(), [body](benchmark::State& state) {
         try {
             body(state);
         } catch (const std::exception& wrong) {
@@ -112,6 +113,9 @@ void register_benchmarks() {
         add(std::string(row.name) + "/peer", row.peer);
     }
     add("key_file/full/peer", load_key_file);
+    add("process/kqarch", run_kqarch)->UseManualTime();
+    add("process/true", run_nothing)->UseManualTime();
+    add("process/nginx", run_nginx)->UseManualTime();
     for (const growth_row& row : growing)
         for (const ulint count : row.counts)
             add(std::string(row.name) + "/" + std::to_string(count),

@@ -1,5 +1,6 @@
 #include "document.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -49,15 +50,16 @@ std::string comparison_cells(const results& measured, const std::string& name) {
 
 std::string goal_table(const results& measured) {
     std::string text =
-        "| what | beside | ratio to reach | reached |\n"
-        "|---|---|--:|--:|\n";
+        "| what | beside | ratio to reach | reached | spread |\n"
+        "|---|---|--:|--:|--:|\n";
     for (const goal& one : goals()) {
         summary ours;
         summary peer;
         const bool has_both = measured.find(one.ours, ours) && measured.find(one.peer, peer);
         const double ratio = has_both ? ours.median / peer.median * one.share : 0;
         text += std::string("| ") + one.what + " | " + one.beside + " | " + fixed(one.to_reach, 2) +
-                " | " + (has_both ? fixed(ratio, 2) : "-") + " |\n";
+                " | " + (has_both ? fixed(ratio, 2) : "-") + " | " +
+                fixed(100 * std::max(ours.spread, peer.spread), 0) + " % |\n";
     }
     return text;
 }

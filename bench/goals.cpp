@@ -34,6 +34,8 @@ constexpr goal all_goals[] = {
     {"enter and exit", "a bare robust error-checking mutex pair", "enter_exit", "enter_exit/peer",
      1.2},
     {"directory probe", "the same system calls bare", "probe", "probe/peer", 1.15},
+    {"`kqarch check` of full, whole process", "/bin/true", "process/kqarch", "process/true", 1.5},
+    {"the same", "`nginx -t` with 32 upstreams", "process/kqarch", "process/nginx", 0.33},
 };
 
 }  // namespace

@@ -31,6 +31,7 @@ class instance {
     const std::vector<destination>& destinations() const { return what_.destinations; }
     // Those on disk.
     std::vector<std::string> archive_directories() const;
+    std::string directory() const { return root_; }
     std::string config_file() const { return root_ / "kqarch.ini"; }
 
     // Loads kqarch.ini without validation, as a server does.

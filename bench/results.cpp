@@ -10,11 +10,16 @@ void results::ReportRuns(const std::vector<Run>& runs) {
     for (const Run& run : runs) {
         failed_ = failed_ || run.error_occurred;
         const bool is_repetition = run.run_type == Run::RT_Iteration;
-        if (is_repetition && !run.error_occurred)
-            times_[run.run_name.function_name].push_back(run.GetAdjustedCPUTime());
+        if (is_repetition && !run.error_occurred) add(run);
         if (!is_repetition || run.repetitions <= 1 || run.error_occurred) shown.push_back(run);
     }
     ConsoleReporter::ReportRuns(shown);
+}
+
+void results::add(const Run& run) {
+    const bool is_process = !run.run_name.time_type.empty();
+    times_[run.run_name.function_name].push_back(is_process ? run.GetAdjustedRealTime()
+                                                            : run.GetAdjustedCPUTime());
 }
 
 bool results::find(const std::string& name, summary& found) const {

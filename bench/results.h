@@ -27,6 +27,8 @@ class results : public benchmark::ConsoleReporter {
     bool find(const std::string& name, summary& found) const;
 
   private:
+    void add(const Run& run);
+
     std::map<std::string, std::vector<double>> times_;
     bool failed_ = false;
 };
