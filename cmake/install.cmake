@@ -7,11 +7,11 @@ include(CMakePackageConfigHelpers)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/arch_cfg)
 set(pkg_config_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-# In a folder of their own: some have names that others have too.
-set(header_dir ${CMAKE_INSTALL_INCLUDEDIR}/arch_cfg)
+# In a folder of their own, which the targets name: some have names that others have too.
+set(header_dir include/arch_cfg)
 
 install(TARGETS arch_cfg arch_cfg_shared arch_cfg_platform arch_cfg_platform_and_module
-  EXPORT arch_cfg INCLUDES DESTINATION ${header_dir})
+  EXPORT arch_cfg)
 install(EXPORT arch_cfg NAMESPACE arch_cfg:: FILE arch_cfg-targets.cmake DESTINATION ${package_dir})
 install(DIRECTORY include/ DESTINATION ${header_dir} FILES_MATCHING PATTERN "*.h")
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/arch_cfg-config-version.cmake
