@@ -56,7 +56,7 @@ std::span<const code_entry> all_codes();
 std::span<const key_entry> all_keys();
 std::span<const type_entry> all_types();
 
-const code_entry* find_code(kqcode_t code);
+const code_entry* find_code(kqcode_t code);          // also one that the module only passes on
 const key_entry* find_key(std::string_view name);    // ignoring case
 const type_entry* find_type(std::string_view name);  // ignoring case; MARCH too
 

@@ -243,6 +243,15 @@ constexpr code_entry codes[] = {
      "MAL_INST_HOST and MAL_INST_PORT."},
 };
 
+// What the module only passes on.
+constexpr code_entry sibling_codes[] = {
+    {-8201, "PLATFORM_E_NO_ENDPOINT", "The instance is not an endpoint of its cluster.",
+     "HPC_NODE in kq.ini is above 1, and kqdcr.ini has no section of this instance's name, or is "
+     "not read because DCR_INI in kq.ini is not 1.",
+     "Set DCR_INI = 1 in kq.ini, and give every node a [section] with its instance name, DCR_SEQNO "
+     "and EP_SEQNO in kqdcr.ini."},
+};
+
 }  // namespace
 
 std::span<const code_entry> all_codes() {
@@ -251,5 +260,7 @@ std::span<const code_entry> all_codes() {
 
 const code_entry* find_code(kqcode_t code) {
     const auto* found = std::ranges::find(codes, code, &code_entry::code);
-    return found == std::end(codes) ? nullptr : found;
+    if (found != std::end(codes)) return found;
+    const auto* sibling = std::ranges::find(sibling_codes, code, &code_entry::code);
+    return sibling == std::end(sibling_codes) ? nullptr : sibling;
 }

@@ -91,7 +91,9 @@ constexpr key_entry keys[] = {
      "Must be given where RAFT destinations exist, except in the DPC modes BP, MP and BS.", true},
     {ini_index_arch_local_share, "ARCH_LOCAL_SHARE", global, false, "", "none: not shared", none,
      "Given: the nodes of the cluster share their local archives.",
-     "Any value within the bounds switches it on, 0 too: to switch it off, remove the line.", true},
+     "Any value within the bounds switches it on, 0 too, and is written back as 1: to switch it "
+     "off, remove the line.",
+     true},
     {ini_index_arch_local_share_check, "ARCH_LOCAL_SHARE_CHECK", global, false, "", "none", none,
      "1: the sharing of local archives is checked.", "", true},
     {ini_index_arch_send_delay, "ARCH_SEND_DELAY", section, false, "minutes", "0",
