@@ -32,14 +32,14 @@ const names fmt_fields = {"diff", "differs", "lost", "text"};
 const names init_fields = {"files", "instances", "kind", "next"};
 
 const names peer_check_fields = {"agree", "disagreements", "nodes", "pairs"};
-const names export_fields = {"arch_local_share", "hpc_node", "instance", "message"};
+const names export_fields = {"arch_local_share", "hpc_node", "instance", "members", "message"};
 const names verify_fields = {"agree", "code", "instance", "sender"};
-const names status_fields = {"group", "instance", "learner", "members"};
+const names status_fields = {"action", "group", "instance", "learner", "members"};
 const names change_fields = {"backup", "consequences", "diff",       "lost",
                              "made",   "start_code",   "would_start"};
 
-const names raft_fields = {"backup", "consequences", "diff",       "group_after", "group_before",
-                           "lost",   "made",         "start_code", "would_start"};
+const names raft_fields = {"action",       "backup", "consequences", "diff",       "group_after",
+                           "group_before", "lost",   "made",         "start_code", "would_start"};
 
 const row rows[] = {
     {"init --json new", 0, init_fields},
@@ -58,7 +58,7 @@ const row rows[] = {
     {"peer-check --json good bad", 1, peer_check_fields},
     {"peer-export --json good", 0, export_fields},
     {"peer-export --json missing", 3, export_fields},
-    {"peer-verify --json good </dev/null", 1, verify_fields},
+    {"peer-verify --json good </dev/null", 3, verify_fields},
     {"peer-verify --json bad", 1, verify_fields},
     {"raft --json good status", 0, status_fields},
     {"raft bad status --json", 1, status_fields},

@@ -68,6 +68,25 @@ void check_numbers(CLI::App& app) {
         check_numbers(*command);
 }
 
+std::vector<std::string> names_of(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands(nullptr))
+        names.push_back(command->get_name());
+    return names;
+}
+
+// Of a command whose action is none that it has.
+exit_status refuse_action(const std::vector<std::string>& words,
+                          const std::vector<std::string>& actions, output& out) {
+    auto given = std::find_if(words.begin(), words.end(),
+                              [](const std::string& word) { return !word.starts_with('-'); });
+    std::string close = given == words.end() ? "" : did_you_mean(*given, actions);
+    std::string shown = given == words.end() ? "" : hide_password(*given, text_place::subscriber);
+    return out.fail(exit_usage,
+                    given == words.end() ? "no action given" : "there is no action " + shown, "",
+                    close.empty() ? "The actions are " + join(actions, ", ") + "." : close);
+}
+
 }  // namespace
 
 void add_backup_number(CLI::App& command, std::optional<lint64>& number, bool& replace) {
@@ -113,21 +132,19 @@ int command_line::run(int count, char** words) {
     }
 }
 
-std::vector<std::string> command_line::names() const {
-    std::vector<std::string> names;
-    for (const CLI::App* command : app_.get_subcommands(nullptr))
-        names.push_back(command->get_name());
-    return names;
-}
-
 exit_status command_line::refuse_usage(const std::string& text, const std::string& word,
                                        output& out) const {
     if (runs_.contains(word)) {
         out.set_command(word);
+        const CLI::App& command = *app_.get_subcommand(word);
+        std::vector<std::string> actions = names_of(command);
+        if (!actions.empty() && command.get_subcommands().empty())
+            return refuse_action(command.remaining(), actions, out);
         return out.fail(exit_usage, text, "", "`kqarch " + word + " --help` shows how to use it.");
     }
-    std::string close = did_you_mean(word, names());
-    std::string hint = close.empty() ? "The commands are " + join(names(), ", ") + "." : close;
+    std::string close = did_you_mean(word, names_of(app_));
+    std::string hint =
+        close.empty() ? "The commands are " + join(names_of(app_), ", ") + "." : close;
     std::string what = word.empty() ? "no command given" : "there is no command " + word;
     return out.fail(exit_usage, what, "", hint);
 }

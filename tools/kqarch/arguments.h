@@ -27,7 +27,6 @@ class command_line {
     int run(int count, char** words);
 
   private:
-    std::vector<std::string> names() const;
     exit_status refuse_usage(const std::string& text, const std::string& word, output& out) const;
 
     CLI::App app_;

@@ -21,13 +21,17 @@ constexpr const char* peer_check_footer =
 
 constexpr const char* peer_export_footer =
     "\nWrites the bytes that the server would send to its peers; never to a terminal. --envelope\n"
-    "writes a JSON document instead, which also says who sent it and with which settings.\n"
+    "writes a JSON document instead, which also says who sent it, with which settings, and who is\n"
+    "in its Raft group.\n"
     "\nExamples:\n"
     "  ssh node2 kqarch peer-export /data | kqarch peer-verify /data\n"
     "  kqarch peer-export --envelope /data >node1.json\n";
 
 constexpr const char* peer_verify_footer =
-    "\nReads what peer-export wrote, in either form, and checks it as this node's server does.\n"
+    "\nReads what peer-export wrote, in either form, and checks it as this node's server does. "
+    "The\n"
+    "members of a Raft group are compared where an envelope tells them. When the sender has sent\n"
+    "nothing, nothing is compared, and the exit status is 3.\n"
     "\nExamples:\n"
     "  ssh node2 kqarch peer-export /data | kqarch peer-verify /data\n"
     "  kqarch peer-verify /data <node1.json\n";
@@ -37,7 +41,8 @@ constexpr const char* raft_footer =
     "failures\n"
     "tolerated, and whether the server would start with the result; takes a backup; and asks. It\n"
     "is refused without --force when a quorum of the old group and one of the new need have no\n"
-    "voter in common, or when RAFT_LEARNER would be lost, which is never written back.\n"
+    "voter in common (one voter more or fewer keeps one), or when RAFT_LEARNER would be lost,\n"
+    "which is never written back.\n"
     "`kqarch raft DIR ACTION --help` shows what an action takes.\n"
     "\nExamples:\n"
     "  kqarch raft db status\n"
@@ -51,8 +56,11 @@ constexpr const char* raft_footer =
 constexpr const char* graph_footer =
     "\nDraws instances, the directories, standbys and subscriber that their archives go to, nodes\n"
     "that are not among the directories, and the Raft group. What peer-check finds is red, says\n"
-    "DISAGREES, and is listed. SVG needs no other program; DOT and Mermaid are texts for programs\n"
-    "that draw. Passwords are shown as ***.\n"
+    "DISAGREES, and is listed; so is a FAULT: a node that does not load, would not start or\n"
+    "archives nothing. REMOTE destinations of several nodes that agree are a line in the box of\n"
+    "their directory. SVG needs no other program; DOT and Mermaid are texts for programs that\n"
+    "draw. There is no --json: `kqarch peer-check --json` tells the same. Passwords are shown as\n"
+    "***.\n"
     "\nExamples:\n"
     "  kqarch graph db\n"
     "  kqarch graph --format svg node1 node2 >cluster.svg\n"
@@ -89,15 +97,31 @@ void add_peer_verify(command_line& commands) {
 struct raft_arguments {
     change_options change = {};
     raft_request request = {};
+    std::string action = {};
+    bool json = false;  // shown in the --help of an action; the command line looks for it itself
 };
 
 using raft_given = std::shared_ptr<raft_arguments>;
+
+// The directory stands in front of the action, whose own usage does not know of it.
+class action_formatter : public CLI::Formatter {
+  public:
+    std::string make_usage(const CLI::App* action, std::string name) const override {
+        size_t at = name.rfind(action->get_name());
+        return CLI::Formatter::make_usage(action, name.insert(at, "DIR "));
+    }
+};
 
 CLI::App& add_action(CLI::App& raft, const raft_given& given, raft_action action,
                      const std::string& name, const std::string& what) {
     CLI::App& command = *raft.add_subcommand(name, what);
     command.fallthrough();
-    command.callback([given, action] { given->request.action = action; });
+    command.formatter(std::make_shared<action_formatter>());
+    command.add_flag("--json", given->json, "Write one JSON document to standard output");
+    command.callback([given, action, name] {
+        given->request.action = action;
+        given->action = name;
+    });
     if (action == raft_action::status) return command;
     command.add_flag("--dry-run", given->change.dry_run,
                      "Show what would become of it, and stop there");
@@ -156,12 +180,23 @@ void add_address(CLI::App& raft, const raft_given& given) {
     command.add_option("--port", given->request.port)->check(CLI::Range(1, 65535))->required();
 }
 
+std::optional<std::string> named_twice(const std::vector<std::string>& names) {
+    for (size_t i = 0; i < names.size(); ++i)
+        for (size_t j = 0; j < i; ++j)
+            if (names[i] == names[j]) return names[i];
+    return std::nullopt;
+}
+
 exit_status run_raft(raft_arguments& given, output& out) {
     raft_request& request = given.request;
+    out.set("action", given.action);
     if (request.action == raft_action::status) return run_raft_status(given.change.directory, out);
     // Start-up reads names in upper case.
     for (std::string& name : request.names)
         name = upper_case(name);
+    if (std::optional<std::string> name = named_twice(request.names))
+        return out.fail(exit_usage, *name + " is named twice", "",
+                        "Name each member once; names ignore case.");
     return run_raft_change(given.change, request, out);
 }
 
@@ -195,6 +230,8 @@ void add_graph(command_line& commands) {
     made.add_option("--format", given->format, "How to draw")
         ->check(CLI::IsMember(graph_formats()))
         ->capture_default_str();
+    // It is there to be refused with the reason.
+    made.get_option("--json")->group("");
 }
 
 }  // namespace

@@ -18,12 +18,22 @@ void exchange_messages(cluster& all) {
     }
 }
 
+bool has(const std::vector<size_t>& nodes, size_t node) {
+    return std::find(nodes.begin(), nodes.end(), node) != nodes.end();
+}
+
 bool is_told(const cluster& all, size_t one, size_t other) {
     return std::any_of(all.disagreements.begin(), all.disagreements.end(),
                        [=](const disagreement& found) {
-                           return (found.node == one && found.other == other) ||
-                                  (found.node == other && found.other == one);
+                           return (found.node == one && has(found.others, other)) ||
+                                  (found.node == other && has(found.others, one));
                        });
+}
+
+// A mistake of one node can make every other refuse its message, and it theirs.
+bool explains(const disagreement& found, size_t receiver, size_t sender) {
+    if (found.node == receiver || found.node == sender) return true;
+    return has(found.others, receiver) && has(found.others, sender);
 }
 
 // A refused message that no rule explains must not go unsaid.
@@ -31,26 +41,29 @@ void explain_the_rest(cluster& all) {
     for (size_t receiver = 0; receiver < all.nodes.size(); ++receiver)
         for (size_t sender = 0; sender < all.nodes.size(); ++sender) {
             kqcode_t code = all.codes[receiver][sender];
-            bool told = is_told(all, receiver, receiver) || is_told(all, receiver, sender);
+            bool told = std::any_of(
+                all.disagreements.begin(), all.disagreements.end(),
+                [&](const disagreement& found) { return explains(found, receiver, sender); });
             if (code == 0 || told) continue;
             all.disagreements.push_back(
-                {receiver,
-                 sender,
-                 "",
-                 {.file = all.nodes[receiver].place_of(0),
-                  .code = code,
-                  .text = all.label(receiver) + " refuses the message of " + all.label(sender),
-                  .hint = "Compare the LOCAL and REMOTE destinations of both, `kqarch graph` draws "
-                          "them."}});
+                {.node = receiver,
+                 .others = {sender},
+                 .found = {
+                     .file = all.nodes[receiver].place_of(0),
+                     .code = code,
+                     .text = all.label(receiver) + " refuses the message of " + all.label(sender),
+                     .hint = "Compare the LOCAL and REMOTE destinations of both, `kqarch "
+                             "graph` draws them."}});
         }
 }
 
 // The servers report a code; the line that explains it has the same one.
 void add_codes(cluster& all) {
-    for (disagreement& one : all.disagreements) {
-        kqcode_t own = all.codes[one.node][one.other];
-        if (one.found.code == 0) one.found.code = own != 0 ? own : all.codes[one.other][one.node];
-    }
+    for (disagreement& one : all.disagreements)
+        for (size_t other : one.others) {
+            kqcode_t own = all.codes[one.node][other];
+            if (one.found.code == 0) one.found.code = own != 0 ? own : all.codes[other][one.node];
+        }
 }
 
 void hide_passwords(cluster& all) {
@@ -73,8 +86,25 @@ std::string cluster::label(size_t node) const {
     return unique ? asked.name : asked.name + " (" + asked.directory + ")";
 }
 
+std::string cluster::labels(const std::vector<size_t>& some) const {
+    std::vector<std::string> named;
+    for (size_t node : some)
+        named.push_back(label(node));
+    if (named.size() > 3) named = {named[0], named[1], count_of(some.size() - 2, "other")};
+    std::string last = named.back();
+    named.pop_back();
+    return named.empty() ? last : join(named, ", ") + " and " + last;
+}
+
 bool cluster::disagree(size_t one, size_t other) const {
     return different_groups.contains(std::minmax(one, other)) || is_told(*this, one, other);
+}
+
+bool cluster::tells_of(size_t node, const std::string& section) const {
+    for (const disagreement& one : disagreements)
+        for (const destination& about : one.about)
+            if (about.node == node && same_text(about.section, section)) return true;
+    return false;
 }
 
 std::optional<size_t> cluster::find(const std::string& name) const {
@@ -87,13 +117,16 @@ cluster examine(const std::vector<std::string>& directories, exit_status& status
     cluster all;
     status = exit_good;
     for (const std::string& directory : directories) {
-        exit_status its_status = exit_good;
-        if (std::optional<cluster_node> node = read_node(directory, its_status, out))
-            all.nodes.push_back(*std::move(node));
-        status = std::max(status, its_status);
+        node_reading read = read_node(directory, out);
+        if (read.node)
+            all.nodes.push_back(*std::move(read.node));
+        else
+            all.unread.push_back(std::move(read.unread));
+        status = std::max(status, read.status);
     }
     exchange_messages(all);
-    compare_archives(all);
+    compare_archives(all, compare_settings(all));
+    compare_directories(all);
     compare_raft_groups(all);
     explain_the_rest(all);
     add_codes(all);

@@ -17,8 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr size_t length_size = 4;
-
 bool is_member(const arch_cfg_t& arch) {
     return arch.type == ARCH_TYPE_RAFT || arch.type == ARCH_TYPE_LEARNER;
 }
@@ -87,36 +85,101 @@ void check_endpoints(cluster_node& node) KQ_EXCLUDES(arch_cfg_sys.mutex) {
     node.endpoint_text = text.substr(0, text.find('\0'));
 }
 
-void warn_unless_it_starts(const instance& open, const config_file& file, output& out) {
-    validation result = validate(file, {});
-    if (result.code == 0) return;
-    diagnostic warning = result.failures.back();
-    warning.level = severity::warning;
-    warning.text = "the server would not start with this: " + warning.text;
-    warning.hint = "`kqarch check " + open.directory() + "` lists every problem.";
-    out.report(warning);
-}
+class node_reader {
+  public:
+    node_reader(const std::string& directory, output& out) : open_(directory), out_(out) {
+        node_.directory = open_.directory();
+    }
 
-exit_status load_config(const instance& open, config_file& file, output& out) {
-    if (open.config_missing()) {
-        out.report({.level = severity::note,
-                    .file = open.config_file(),
-                    .text = "does not exist: the node has no destinations"});
+    node_reading run() {
+        if (open_.failure()) {
+            note(open_.failure()->found);
+            return unread(open_.failure()->status);
+        }
+        node_.name = ini_get_instance_name();
+        node_.port = ini_get_instance_port();
+        node_.archiving = open_.archiving();
+        node_.cluster_nodes = ini_get_value(0, ini_index_hpc_node);
+        exit_status status = load_as_start_up_does();
+        if (status != exit_good) return unread(status);
+        describe_registry(node_);
+        node_.message = encode_message();
+        if (node_.archiving) check_endpoints(node_);
+        return {.status = exit_good, .node = std::move(node_)};
+    }
+
+  private:
+    exit_status load_as_start_up_does() {
+        if (!node_.archiving) {
+            out_.report({.level = severity::note,
+                         .file = open_.file("kq.ini"),
+                         .text = "archiving is off: the server does not look at kqarch.ini",
+                         .hint = "Set ARCH_FLAG = 1 to take part."});
+            return exit_good;
+        }
+        os_set_dry_run(1);
+        exit_status status = load_config();
+        os_set_dry_run(0);
+        return status;
+    }
+
+    exit_status load_config() {
+        if (open_.config_missing()) {
+            out_.report({.level = severity::note,
+                         .file = open_.config_file(),
+                         .text = "does not exist: the node has no destinations"});
+            return exit_good;
+        }
+        if (kqcode_t code = node_.file.read(open_.config_file()); code < 0) {
+            note(unreadable(open_.config_file(), code).found);
+            return exit_failed;
+        }
+        for (const diagnostic& one : load(node_.file))
+            note(one);
+        if (!why_.empty()) return exit_refused;
+        warn_unless_it_starts();
         return exit_good;
     }
-    if (kqcode_t code = file.read(open.config_file()); code < 0) {
-        out.report(unreadable(open.config_file(), code).found);
-        return exit_failed;
+
+    void warn_unless_it_starts() {
+        validation result = validate(node_.file, {});
+        if (result.code == 0) return;
+        diagnostic warning = result.failures.back();
+        warning.level = severity::warning;
+        warning.text = node_.fault = "the server would not start with this: " + warning.text;
+        warning.hint = "`kqarch check " + open_.directory() + "` lists every problem.";
+        out_.report(warning);
     }
-    std::vector<diagnostic> refused = load(file);
-    for (const diagnostic& one : refused)
-        out.report(one);
-    if (!refused.empty()) return exit_refused;
-    warn_unless_it_starts(open, file, out);
-    return exit_good;
-}
+
+    // What is reported first is why the node could not be loaded.
+    void note(const diagnostic& found) {
+        if (why_.empty())
+            why_ = found.line == 0 ? found.text
+                                   : "line " + std::to_string(found.line) + ": " + found.text;
+        out_.report(found);
+    }
+
+    node_reading unread(exit_status status) const {
+        return {.status = status, .unread = {node_.directory, node_.name, why_}};
+    }
+
+    instance open_;
+    output& out_;
+    cluster_node node_;
+    std::string why_;
+};
 
 }  // namespace
+
+bool archive_place::is_incoming_of(const std::string& instance) const {
+    return !is_local() && same_text(owner, instance);
+}
+
+const archive_place* cluster_node::local_at(const std::string& path) const {
+    for (const archive_place& place : places)
+        if (place.is_local() && place.path == path) return &place;
+    return nullptr;
+}
 
 const raft_member* cluster_node::find_member(const std::string& member) const {
     if (self && same_text(self->name, member)) return &*self;
@@ -126,6 +189,7 @@ const raft_member* cluster_node::find_member(const std::string& member) const {
 }
 
 std::string cluster_node::place_of(ulint line) const {
+    if (directory.empty()) return "message of " + name;
     std::string path = file.path().empty() ? directory + "/kqarch.ini" : file.path();
     return line == 0 ? path : path + ":" + std::to_string(line);
 }
@@ -138,58 +202,32 @@ std::vector<byte> encode_message() {
     return message;
 }
 
-kqcode_t check_message(const std::vector<byte>& message) {
-    if (message.size() < length_size) return ARCH_E_PEER_CFG_MISMATCH;
+bool says_its_length(const std::vector<byte>& message) {
+    if (message.size() < message_length_size) return false;
     ulint body = 0;
-    for (size_t i = length_size; i-- > 0;)
+    for (size_t i = message_length_size; i-- > 0;)
         body = body << 8 | message[i];
-    if (body != message.size() - length_size) return ARCH_E_PEER_CFG_MISMATCH;
+    return body == message.size() - message_length_size;
+}
+
+kqcode_t check_message(const std::vector<byte>& message) {
+    if (!says_its_length(message)) return ARCH_E_PEER_CFG_MISMATCH;
     kqenv_t pool = mem_env_create(0);
     if (pool == nullptr) return ARCH_E_OUT_OF_MEMORY;
     kqcode_t code = 0;
     {
         registry_hold hold;
-        code = arch_cfg_info_decode_and_check(pool, message.data() + length_size, body,
-                                              arch_cfg_sys.arch_local_share);
+        code =
+            arch_cfg_info_decode_and_check(pool, message.data() + message_length_size,
+                                           static_cast<ulint>(message.size()) - message_length_size,
+                                           arch_cfg_sys.arch_local_share);
     }
     mem_env_destroy(pool);
     return code;
 }
 
-exit_status load_instance(const instance& open, config_file& file, output& out) {
-    if (open.archiving()) {
-        os_set_dry_run(1);
-        exit_status status = load_config(open, file, out);
-        os_set_dry_run(0);
-        return status;
-    }
-    out.report({.level = severity::note,
-                .file = open.file("kq.ini"),
-                .text = "archiving is off: the server does not look at kqarch.ini",
-                .hint = "Set ARCH_FLAG = 1 to take part."});
-    return exit_good;
-}
-
-std::optional<cluster_node> read_node(const std::string& directory, exit_status& status,
-                                      output& out) {
-    instance open(directory);
-    cluster_node node;
-    if (open.failure()) {
-        out.report(open.failure()->found);
-        status = open.failure()->status;
-        return std::nullopt;
-    }
-    node.directory = open.directory();
-    node.name = ini_get_instance_name();
-    node.port = ini_get_instance_port();
-    node.archiving = open.archiving();
-    node.cluster_nodes = ini_get_value(0, ini_index_hpc_node);
-    status = load_instance(open, node.file, out);
-    if (status != exit_good) return std::nullopt;
-    describe_registry(node);
-    node.message = encode_message();
-    if (node.archiving) check_endpoints(node);
-    return node;
+node_reading read_node(const std::string& directory, output& out) {
+    return node_reader(directory, out).run();
 }
 
 loaded_node::loaded_node(const cluster_node& node) : open_(node.directory) {

@@ -20,6 +20,9 @@ struct archive_place {
     std::string real_path;  // without symbolic links; what does not exist is taken as written
     std::string owner;      // whose archives lie there: this instance's for LOCAL
     ulint line;             // of the path
+
+    bool is_local() const { return type == ARCH_TYPE_LOCAL; }
+    bool is_incoming_of(const std::string& instance) const;
 };
 
 // A member of the Raft group: another one, or this node as its global settings describe it.
@@ -57,13 +60,24 @@ struct cluster_node {
     std::vector<byte> message = {};
     kqcode_t endpoints = 0;  // whether each other endpoint of the cluster has a REMOTE destination
     std::string endpoint_text = {};
+    std::string fault = {};  // why the server would not start
+
+    // The LOCAL destination with that directory; null when there is none.
+    const archive_place* local_at(const std::string& path) const;
 
     // The member of a name, this node included; null when it has none.
     const raft_member* find_member(const std::string& member) const;
 
-    // "db/kqarch.ini:12", or without a line where there is none.
+    // "db/kqarch.ini:12", or without a line where there is none. Of a node without a directory only
+    // a message is known.
     std::string place_of(ulint line) const;
 };
+
+// A message begins with the length of what follows.
+constexpr ulint message_length_size = 4;
+
+// Whether a message is as long as its first bytes say.
+bool says_its_length(const std::vector<byte>& message);
 
 // The message of the registry that is loaded, its body length included.
 std::vector<byte> encode_message() KQ_EXCLUDES(arch_cfg_sys.mutex);
@@ -72,15 +86,23 @@ std::vector<byte> encode_message() KQ_EXCLUDES(arch_cfg_sys.mutex);
 // than it says is malformed.
 kqcode_t check_message(const std::vector<byte>& message) KQ_EXCLUDES(arch_cfg_sys.mutex);
 
-// Loads the configuration of an open instance as start-up does: nothing when archiving is off, an
-// empty one when there is no kqarch.ini. Reports what keeps it from loading, and returns why; with
-// exit_good it is loaded, and what start-up would refuse of it is a warning.
-exit_status load_instance(const instance& open, config_file& file, output& out)
-    KQ_EXCLUDES(arch_cfg_sys.mutex);
+// A node that could not be read or loaded.
+struct unread_node {
+    std::string directory;
+    std::string name = {};  // empty: not even that is known
+    std::string why = {};
+};
 
-// The same for a directory, described; nothing, with `status` set, when it cannot be.
-std::optional<cluster_node> read_node(const std::string& directory, exit_status& status,
-                                      output& out);
+struct node_reading {
+    exit_status status;
+    std::optional<cluster_node> node = {};  // absent unless `status` is exit_good
+    unread_node unread = {};
+};
+
+// Loads the configuration of a directory as start-up does: nothing when archiving is off, an empty
+// one when there is no kqarch.ini. Reports what keeps it from loading; what start-up would refuse
+// of one that loads is a warning.
+node_reading read_node(const std::string& directory, output& out);
 
 // The node's registry again, for as long as this lives.
 class loaded_node {

@@ -1,5 +1,7 @@
-// Who is a member of the Raft group, as each node has it.
+// Who is a member of the Raft group, as each node has it. What most of the nodes say is held to be
+// right, and the member's own word where it is a tie.
 #include "cluster.h"
+#include "poll.h"
 #include "text.h"
 
 namespace {
@@ -51,23 +53,31 @@ class group_rules {
     explicit group_rules(cluster& all) : all_(all) {}
 
     void compare() {
-        for (size_t node = 0; node < all_.nodes.size(); ++node)
-            if (all_.nodes[node].self) compare_views_of(node);
+        for (const std::string& name : names_in_group()) {
+            compare_membership(name);
+            for (const view_row& row : view_rows)
+                compare_views(name, row);
+        }
         for (size_t node = 0; node < all_.nodes.size(); ++node)
             for (size_t other = node + 1; other < all_.nodes.size(); ++other)
                 compare_whole(node, other);
     }
 
   private:
-    // What a node says of each member is held against what that member says of itself; of a member
-    // that is not here, against the first node that has it.
-    void compare_views_of(size_t node) {
-        for (const raft_member& member : all_.nodes[node].members) {
-            std::optional<size_t> reference = reference_for(member.name);
-            if (reference && *reference != node) compare_view(node, member, *reference);
-        }
-        for (size_t other = 0; other < all_.nodes.size(); ++other)
-            if (other != node) find_missing(node, other);
+    // Every member, the nodes themselves first.
+    std::vector<std::string> names_in_group() const {
+        std::vector<std::string> names;
+        auto add = [&](const raft_member& member) {
+            for (const std::string& one : names)
+                if (same_text(one, member.name)) return;
+            names.push_back(member.name);
+        };
+        for (const cluster_node& node : all_.nodes)
+            if (node.self) add(*node.self);
+        for (const cluster_node& node : all_.nodes)
+            for (const raft_member& member : node.members)
+                add(member);
+        return names;
     }
 
     void compare_whole(size_t node, size_t other) {
@@ -77,82 +87,133 @@ class group_rules {
             all_.different_groups.emplace(node, other);
     }
 
-    std::optional<size_t> reference_for(const std::string& name) const {
-        if (std::optional<size_t> itself = all_.find(name)) return itself;
+    const raft_member* view(size_t node, const std::string& name) const {
+        return all_.nodes[node].find_member(name);
+    }
+
+    // The member itself, where it is a node here, and then the nodes that are in the group.
+    std::vector<size_t> witnesses_of(const std::string& name) const {
+        std::vector<size_t> witnesses;
+        std::optional<size_t> itself = all_.find(name);
+        if (itself) witnesses.push_back(*itself);
         for (size_t node = 0; node < all_.nodes.size(); ++node)
-            if (all_.nodes[node].find_member(name) != nullptr) return node;
-        return std::nullopt;
+            if (all_.nodes[node].self && node != itself) witnesses.push_back(node);
+        return witnesses;
     }
 
-    void compare_view(size_t node, const raft_member& member, size_t reference) {
-        const cluster_node& other = all_.nodes[reference];
-        const raft_member* theirs = other.find_member(member.name);
-        if (theirs == nullptr)
-            return add(node, reference, member, "",
-                       all_.label(node) + " lists " + member.name + " as a member, but " +
-                           all_.label(reference) + " has no Raft settings",
-                       "Set RAFT_SELF_ID, XMAL_IP and XMAL_PORT there, or remove the member with "
-                       "`kqarch raft DIR remove`.");
-        for (const view_row& row : view_rows) {
-            std::string here = row.shown(member);
-            std::string there = row.shown(*theirs);
-            if (here != there) add_difference(node, member, reference, *theirs, row);
+    // ---- Who is a member ----
+
+    void compare_membership(const std::string& name) {
+        std::vector<size_t> having;
+        std::vector<size_t> lacking;
+        std::vector<size_t> witnesses = witnesses_of(name);
+        for (size_t node : witnesses)
+            (view(node, name) != nullptr ? having : lacking).push_back(node);
+        if (lacking.empty()) return;
+        bool itself_lacks = all_.find(name) == lacking[0];
+        bool is_member = having.size() + (itself_lacks ? 0 : 1) > lacking.size();
+        for (size_t node : is_member ? lacking : having) {
+            const raft_member* seen = view(node, name);
+            if (!is_member)
+                add_stranger(node, *seen, lacking);
+            else if (all_.find(name) == node)
+                add_without_settings(node, having);
+            else
+                add_missing(node, name, having);
         }
     }
 
-    void add_difference(size_t node, const raft_member& member, size_t reference,
-                        const raft_member& theirs, const view_row& row) {
-        const cluster_node& other = all_.nodes[reference];
-        bool itself = theirs.section.empty();
-        ulint line = itself ? other.file.key_line(row.own_key)
-                            : other.file.key_line(theirs.section, row.key);
-        add(node, reference, member, row.key,
-            all_.label(node) + " has " + member.name + " as " + row.shown(member) + ", " +
-                (itself ? "itself it is " : all_.label(reference) + " as ") + row.shown(theirs) +
-                " (" + other.place_of(line) + ")",
-            row.hint);
-    }
-
-    // A member that another node is or lists, and this one does not.
-    void find_missing(size_t node, size_t other) {
-        const cluster_node& theirs = all_.nodes[other];
-        if (theirs.self && all_.nodes[node].find_member(theirs.name) == nullptr)
-            add_missing(node, other, *theirs.self);
-        for (const raft_member& member : theirs.members) {
-            bool here = all_.nodes[node].find_member(member.name) != nullptr;
-            bool is_a_node = all_.find(member.name).has_value();
-            if (!here && !is_a_node && reference_for(member.name) == other)
-                add_missing(node, other, member);
-        }
-    }
-
-    void add_missing(size_t node, size_t other, const raft_member& member) {
+    void add_stranger(size_t node, const raft_member& member, const std::vector<size_t>& lacking) {
         bool itself = member.section.empty();
-        const cluster_node& theirs = all_.nodes[other];
-        add(node, other, {}, "",
-            all_.label(node) + " does not list " + member.name + ", " +
+        bool no_settings = all_.find(member.name) == lacking[0];
+        std::string text =
+            itself ? " is a member of the group by its own file, but " + all_.labels(lacking) +
+                         (lacking.size() == 1 ? " does" : " do") + " not list it"
+                   : " lists " + member.name + " as a member, but " + all_.labels(lacking) +
+                         (no_settings           ? " has no Raft settings"
+                          : lacking.size() == 1 ? " does not"
+                                                : " do not");
+        add(node, lacking, member, "", all_.label(node) + text,
+            no_settings ? "Set RAFT_SELF_ID, XMAL_IP and XMAL_PORT there, or remove the member "
+                          "with `kqarch raft DIR remove`."
+                        : "Add it at the others with `kqarch raft DIR add` or `learner`, or take "
+                          "it out here with `remove` or `clear`.");
+    }
+
+    void add_without_settings(size_t node, const std::vector<size_t>& having) {
+        add(node, having, {}, "",
+            all_.label(node) + " has no Raft settings, but " + all_.labels(having) +
+                " list it as a member",
+            "Set RAFT_SELF_ID, XMAL_IP and XMAL_PORT here, or remove the member at the others "
+            "with `kqarch raft DIR remove`.");
+    }
+
+    void add_missing(size_t node, const std::string& name, const std::vector<size_t>& having) {
+        const raft_member& member = *view(having[0], name);
+        bool itself = member.section.empty();
+        const cluster_node& theirs = all_.nodes[having[0]];
+        add(node, having, {}, "",
+            all_.label(node) + " does not list " + name + ", " +
                 (itself ? "which is a member of the group ("
-                        : "which " + all_.label(other) + " has as a member (") +
+                        : "which " + all_.labels(having) + (having.size() == 1 ? " has" : " have") +
+                              " as a member (") +
                 theirs.place_of(itself ? theirs.file.key_line("RAFT_SELF_ID")
                                        : theirs.file.section_line(member.section)) +
                 ")",
             "Add it with `kqarch raft DIR add` or `learner`, or remove it from the others.");
     }
 
-    void add(size_t node, size_t other, const raft_member& member, const std::string& key,
-             const std::string& text, const std::string& hint) {
+    // ---- What a member is ----
+
+    void compare_views(const std::string& name, const view_row& row) {
+        poll views;
+        std::vector<size_t> witnesses = witnesses_of(name);
+        for (size_t node : witnesses)
+            if (const raft_member* member = view(node, name)) views.vote(row.shown(*member), node);
+        for (size_t node : witnesses)
+            if (const raft_member* member = view(node, name))
+                if (row.shown(*member) != views.winner())
+                    add_difference(node, *member, views.majority(), row);
+    }
+
+    void add_difference(size_t node, const raft_member& member, const std::vector<size_t>& others,
+                        const view_row& row) {
+        const cluster_node& other = all_.nodes[others[0]];
+        const raft_member& theirs = *other.find_member(member.name);
+        bool own_view = member.section.empty();
+        bool of_itself = theirs.section.empty();
+        ulint line = of_itself ? other.file.key_line(row.own_key)
+                               : other.file.key_line(theirs.section, row.key);
+        std::string here = own_view ? " is " + row.shown(member) + " by its own file"
+                                    : " has " + member.name + " as " + row.shown(member);
+        std::string there =
+            of_itself
+                ? "itself it is "
+                : all_.labels(others) +
+                      (own_view ? (others.size() == 1 ? " has it as " : " have it as ") : " as ");
+        add(node, others, member, own_view ? row.own_key : row.key,
+            all_.label(node) + here + ", " + there + row.shown(theirs) + " (" +
+                other.place_of(line) + ")",
+            row.hint);
+    }
+
+    void add(size_t node, const std::vector<size_t>& others, const raft_member& member,
+             const std::string& key, const std::string& text, const std::string& hint) {
         const config_file& file = all_.nodes[node].file;
-        ulint line = key.empty() ? 0 : file.key_line(member.section, key);
-        if (line == 0 && !member.section.empty()) line = file.section_line(member.section);
-        all_.disagreements.push_back({node,
-                                      other,
-                                      member.section,
-                                      {.file = all_.nodes[node].place_of(0),
-                                       .line = line,
-                                       .section = member.section,
-                                       .key = key,
-                                       .text = text,
-                                       .hint = hint}});
+        bool own = member.section.empty();
+        ulint line = key.empty() ? 0
+                     : own       ? file.key_line(key)
+                                 : file.key_line(member.section, key);
+        if (line == 0 && !own) line = file.section_line(member.section);
+        all_.disagreements.push_back({.node = node,
+                                      .others = others,
+                                      .about = {},
+                                      .found = {.file = all_.nodes[node].place_of(0),
+                                                .line = line,
+                                                .section = member.section,
+                                                .key = key,
+                                                .text = text,
+                                                .hint = hint}});
     }
 
     cluster& all_;

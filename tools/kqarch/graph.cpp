@@ -23,8 +23,9 @@ size_t widest_label(const graph& drawn, size_t from) {
     return width;
 }
 
-std::string with_mark(const std::string& text, const std::vector<size_t>& problems) {
-    return problems.empty() ? text : text + "  " + mark_of(problems);
+std::string with_mark(const std::string& text, const graph& drawn,
+                      const std::vector<size_t>& problems) {
+    return problems.empty() ? text : text + "  " + drawn.mark_of(problems);
 }
 
 void print_line(const std::string& text, bool wrong, output& out) {
@@ -39,7 +40,7 @@ void print_source(const graph& drawn, size_t at, output& out) {
     std::vector<std::string> details = source.details;
     details.insert(details.begin(), kind_name(source.kind));
     out.print("\n");
-    print_line(with_mark(source.name + "  (" + join(details, ", ") + ")", source.problems),
+    print_line(with_mark(source.name + "  (" + join(details, ", ") + ")", drawn, source.problems),
                !source.problems.empty(), out);
     size_t width = widest_label(drawn, at);
     for (const edge& one : drawn.edges) {
@@ -51,7 +52,7 @@ void print_source(const graph& drawn, size_t at, output& out) {
         if (target.kind == box_kind::standby || target.kind == box_kind::subscriber)
             line += std::string("  (") + kind_name(target.kind) + ")";
         if (!target.details.empty()) line += "  (" + join(target.details, ", ") + ")";
-        print_line(with_mark(line, one.problems), !one.problems.empty(), out);
+        print_line(with_mark(line, drawn, one.problems), !one.problems.empty(), out);
     }
 }
 

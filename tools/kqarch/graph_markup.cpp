@@ -7,16 +7,16 @@
 
 namespace {
 
-std::vector<std::string> lines_of(const box& drawn) {
-    std::vector<std::string> lines = {drawn.name, kind_name(drawn.kind)};
-    lines.insert(lines.end(), drawn.details.begin(), drawn.details.end());
-    if (!drawn.problems.empty()) lines.push_back(mark_of(drawn.problems));
+std::vector<std::string> lines_of(const graph& drawn, const box& one) {
+    std::vector<std::string> lines = {one.name, kind_name(one.kind)};
+    lines.insert(lines.end(), one.details.begin(), one.details.end());
+    if (!one.problems.empty()) lines.push_back(drawn.mark_of(one.problems));
     return lines;
 }
 
-std::vector<std::string> lines_of(const edge& drawn) {
-    if (drawn.problems.empty()) return {drawn.label};
-    return {drawn.label, mark_of(drawn.problems)};
+std::vector<std::string> lines_of(const graph& drawn, const edge& one) {
+    if (one.problems.empty()) return {one.label};
+    return {one.label, drawn.mark_of(one.problems)};
 }
 
 std::string node_id(size_t at) {
@@ -75,11 +75,13 @@ std::string draw_dot(const graph& drawn) {
         const box& one = drawn.boxes[i];
         const box_style& style = style_of(one.kind);
         text += "    " + node_id(i) + " [shape=" + style.shape + ", fillcolor=\"" + style.fill +
-                "\", label=" + dot_text(lines_of(one)) + dot_wrong(!one.problems.empty()) + "];\n";
+                "\", label=" + dot_text(lines_of(drawn, one)) + dot_wrong(!one.problems.empty()) +
+                "];\n";
     }
     for (const edge& one : drawn.edges)
         text += "    " + node_id(one.from) + " -> " + node_id(one.to) +
-                " [label=" + dot_text(lines_of(one)) + dot_wrong(!one.problems.empty()) + "];\n";
+                " [label=" + dot_text(lines_of(drawn, one)) + dot_wrong(!one.problems.empty()) +
+                "];\n";
     return text + "}\n";
 }
 
@@ -87,7 +89,7 @@ std::string draw_mermaid(const graph& drawn) {
     std::string text = "flowchart LR\n";
     for (size_t i = 0; i < drawn.boxes.size(); ++i) {
         const box& one = drawn.boxes[i];
-        text += "    " + node_id(i) + "[" + mermaid_text(lines_of(one)) + "]\n";
+        text += "    " + node_id(i) + "[" + mermaid_text(lines_of(drawn, one)) + "]\n";
         text += "    style " + node_id(i) + " fill:" + style_of(one.kind).fill;
         if (!one.problems.empty())
             text += std::string(",stroke:") + wrong_colour + ",stroke-width:3px";
@@ -95,7 +97,7 @@ std::string draw_mermaid(const graph& drawn) {
     }
     for (size_t i = 0; i < drawn.edges.size(); ++i) {
         const edge& one = drawn.edges[i];
-        text += "    " + node_id(one.from) + " -->|" + mermaid_text(lines_of(one)) + "| " +
+        text += "    " + node_id(one.from) + " -->|" + mermaid_text(lines_of(drawn, one)) + "| " +
                 node_id(one.to) + "\n";
         if (!one.problems.empty())
             text += "    linkStyle " + std::to_string(i) + " stroke:" + wrong_colour +

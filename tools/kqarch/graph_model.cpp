@@ -57,11 +57,15 @@ class graph_maker {
     graph make() {
         for (size_t node = 0; node < all_.nodes.size(); ++node)
             add_instance(node);
+        for (const unread_node& node : all_.unread)
+            add_unread(node);
         for (size_t node = 0; node < all_.nodes.size(); ++node)
             add_destinations(node);
         add_raft_group();
+        made_.faults = made_.problems.size();
         for (const disagreement& one : all_.disagreements)
             mark(one);
+        gather_incoming_edges();
         return std::move(made_);
     }
 
@@ -91,12 +95,32 @@ class graph_maker {
         if (!node.archiving) details.emplace_back("archiving is off");
         if (node.shares) details.emplace_back("shares its archives");
         add_box(box_kind::instance, std::to_string(at), node.name, std::move(details));
+        bool nowhere = node.places.empty() && node.standbys.empty() && node.members.empty();
+        if (!node.fault.empty()) add_fault(at, node.name, node.fault);
+        if (node.archiving && nowhere)
+            add_fault(at, node.name,
+                      "archiving is on, and there is no destination: nothing is archived");
+    }
+
+    // Others may name it: what goes to it leads to this box.
+    void add_unread(const unread_node& node) {
+        const std::string& name = node.name.empty() ? node.directory : node.name;
+        size_t at = made_.boxes.size();
+        made_.boxes.push_back(
+            {box_kind::instance, shown(name), {shown(node.directory), "not loaded"}, {}});
+        by_key_.emplace(std::pair(box_kind::remote, upper_case(node.name)), at);
+        add_fault(at, name, "not loaded: " + node.why);
+    }
+
+    void add_fault(size_t box, const std::string& name, const std::string& text) {
+        made_.problems.push_back(shown(name + ": " + text));
+        made_.boxes[box].problems.push_back(made_.problems.size());
     }
 
     void add_edge(size_t from, size_t to, const std::string& label, size_t node,
                   const std::string& section) {
         if (!section.empty()) by_section_[{node, upper_case(section)}] = made_.edges.size();
-        made_.edges.push_back({from, to, shown(label), {}});
+        made_.edges.push_back({from, to, shown(label)});
     }
 
     void add_destinations(size_t at) {
@@ -105,6 +129,7 @@ class graph_maker {
             size_t to = add_box(box_kind::directory, place.real_path, place.path);
             bool local = place.type == ARCH_TYPE_LOCAL;
             add_edge(at, to, local ? "LOCAL" : "REMOTE " + place.owner, at, place.section);
+            made_.edges.back().incoming = !local;
             if (!local && !all_.find(place.owner)) add_archives_of(place.owner, to);
         }
         for (const standby& one : node.standbys)
@@ -157,38 +182,55 @@ class graph_maker {
     // One edge for a member, whoever names it: as it has itself, or as the first that names it.
     void add_member(size_t node, const raft_member& member, size_t group) {
         size_t from = source_box(member.name);
-        auto drawn = by_member_.find(from);
+        if (!drawn_members_.insert(from).second) return;
         bool is_node = from < all_.nodes.size();
         const raft_member* view =
             is_node && all_.nodes[from].self ? &*all_.nodes[from].self : &member;
-        if (drawn == by_member_.end()) {
-            std::string label = view->learner ? "LEARNER" : "RAFT";
-            if (view->id != ARCH_UNSET_SHORT) label += " id " + std::to_string(view->id);
-            if (!view->address.empty())
-                label += " " + view->address + ":" + std::to_string(view->port);
-            drawn = by_member_.emplace(from, made_.edges.size()).first;
-            add_edge(from, group, label, node, "");
-        }
-        if (!member.section.empty())
-            by_section_[{node, upper_case(member.section)}] = drawn->second;
+        std::string label = view->learner ? "LEARNER" : "RAFT";
+        if (view->id != ARCH_UNSET_SHORT) label += " id " + std::to_string(view->id);
+        if (!view->address.empty()) label += " " + view->address + ":" + std::to_string(view->port);
+        add_edge(from, group, label, node, "");
     }
 
+    // At the destinations that it is about, or at the node: also where a node has a member wrongly,
+    // because the member's own edge is right.
     void mark(const disagreement& one) {
         made_.problems.push_back(as_characters(visible(one.found.text)));
         size_t number = made_.problems.size();
-        auto drawn = by_section_.find({one.node, upper_case(one.about)});
-        if (drawn != by_section_.end())
-            made_.edges[drawn->second].problems.push_back(number);
-        else
-            made_.boxes[one.node].problems.push_back(number);
+        if (one.about.empty()) made_.boxes[one.node].problems.push_back(number);
+        for (const destination& about : one.about) {
+            auto drawn = by_section_.find({about.node, upper_case(about.section)});
+            std::vector<size_t>& problems = drawn != by_section_.end()
+                                                ? made_.edges[drawn->second].problems
+                                                : made_.boxes[about.node].problems;
+            problems.push_back(number);
+        }
     }
+
+    // In a large cluster everybody names everybody's directory: where several agree on one, it says
+    // how many, and has no edge for each.
+    void gather_incoming_edges() {
+        std::map<std::pair<size_t, std::string>, size_t> agreeing;
+        auto gathered = [&](const edge& one) { return one.incoming && one.problems.empty(); };
+        for (const edge& one : made_.edges)
+            if (gathered(one)) ++agreeing[{one.to, one.label}];
+        std::erase_if(agreeing, [](const auto& entry) { return entry.second <= most_drawn; });
+        std::erase_if(made_.edges, [&](const edge& one) {
+            return gathered(one) && agreeing.contains({one.to, one.label});
+        });
+        for (const auto& [target, count] : agreeing)
+            made_.boxes[target.first].details.push_back(target.second + " at " +
+                                                        count_of(count, "node"));
+    }
+
+    static constexpr size_t most_drawn = 2;
 
     const cluster& all_;
     password_list passwords_;
     graph made_;
     std::map<std::pair<box_kind, std::string>, size_t> by_key_;
     std::map<std::pair<size_t, std::string>, size_t> by_section_;  // edges
-    std::map<size_t, size_t> by_member_;                           // edges, by their box
+    std::set<size_t> drawn_members_;                               // their boxes
 };
 
 }  // namespace
@@ -197,9 +239,23 @@ std::string graph::title() const {
     size_t instances = 0;
     for (const box& one : boxes)
         if (one.kind == box_kind::instance) ++instances;
-    std::string verdict = count_of(problems.size(), "disagreement");
-    if (problems.empty()) verdict = instances > 1 ? "nothing disagrees" : "nothing is wrong";
-    return "Where archives go: " + count_of(instances, "instance") + ", " + verdict;
+    std::vector<std::string> verdict;
+    if (faults > 0) verdict.push_back(count_of(faults, "fault"));
+    if (problems.size() > faults)
+        verdict.push_back(count_of(problems.size() - faults, "disagreement"));
+    if (verdict.empty())
+        verdict.emplace_back(instances > 1 ? "nothing disagrees" : "nothing is wrong");
+    return "Where archives go: " + count_of(instances, "instance") + ", " + join(verdict, ", ");
+}
+
+std::string graph::mark_of(const std::vector<size_t>& numbers) const {
+    std::string marks[2];
+    for (size_t number : numbers)
+        marks[number <= faults ? 0 : 1] += " [" + std::to_string(number) + "]";
+    std::vector<std::string> words;
+    if (!marks[0].empty()) words.push_back("FAULT" + marks[0]);
+    if (!marks[1].empty()) words.push_back("DISAGREES" + marks[1]);
+    return join(words, "  ");
 }
 
 graph graph_of(const cluster& all) {
@@ -214,12 +270,4 @@ const char* kind_name(box_kind kind) {
     constexpr const char* names[] = {"instance", "remote node", "directory",
                                      "standby",  "subscriber",  "members"};
     return names[static_cast<size_t>(kind)];
-}
-
-std::string mark_of(const std::vector<size_t>& problems) {
-    if (problems.empty()) return "";
-    std::string mark = "DISAGREES";
-    for (size_t number : problems)
-        mark += " [" + std::to_string(number) + "]";
-    return mark;
 }

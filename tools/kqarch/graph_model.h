@@ -23,6 +23,7 @@ struct edge {
     size_t from;  // an instance, or a remote one
     size_t to;    // something else
     std::string label;
+    bool incoming = false;  // of a REMOTE destination
     std::vector<size_t> problems = {};
 };
 
@@ -30,8 +31,12 @@ struct graph {
     std::vector<box> boxes = {};
     std::vector<edge> edges = {};
     std::vector<std::string> problems = {};
+    size_t faults = 0;  // the first of them: what is wrong with a node alone
 
     std::string title() const;
+
+    // "FAULT [1]  DISAGREES [2] [3]", or nothing.
+    std::string mark_of(const std::vector<size_t>& problems) const;
 };
 
 graph graph_of(const cluster& all);
@@ -39,8 +44,4 @@ graph graph_of(const cluster& all);
 bool is_source(const box& drawn);
 
 const char* kind_name(box_kind kind);
-
-// "DISAGREES [1] [3]", or nothing.
-std::string mark_of(const std::vector<size_t>& problems);
-
 #endif

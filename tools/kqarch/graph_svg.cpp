@@ -140,14 +140,14 @@ class svg_picture {
         width_ = right_column + widths[1] + margin;
     }
 
-    static std::string label_of(const edge& one) {
-        return one.problems.empty() ? one.label : one.label + "  " + mark_of(one.problems);
+    std::string label_of(const edge& one) const {
+        return one.problems.empty() ? one.label : one.label + "  " + drawn_.mark_of(one.problems);
     }
 
-    static std::vector<std::string> small_lines(const box& one) {
+    std::vector<std::string> small_lines(const box& one) const {
         std::vector<std::string> lines = {kind_name(one.kind)};
         lines.insert(lines.end(), one.details.begin(), one.details.end());
-        if (!one.problems.empty()) lines.push_back(mark_of(one.problems));
+        if (!one.problems.empty()) lines.push_back(drawn_.mark_of(one.problems));
         return lines;
     }
 

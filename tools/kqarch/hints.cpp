@@ -42,6 +42,9 @@ constexpr hint_row hint_rows[] = {
     {"need config XMAL_IP", "Add XMAL_IP and XMAL_PORT above the first section."},
     {"Please check ", "Add or correct the setting above the first section."},
     {"has same ARCH_DEST name", "Name every Raft member once."},
+    {"has same ARCH_DEST(",
+     "It is a member already: `promote` makes a learner a voter, `address` gives it another "
+     "address."},
     {"has same ARCH_DEST_ID", "Give every Raft member, and RAFT_SELF_ID, a number of its own."},
     {"ARCH_DEST_IP(", "Give every Raft member, and XMAL_IP with XMAL_PORT, an address of its own."},
     {"cannot be self instance", "Name another instance than this one."},

@@ -12,7 +12,8 @@ using json = nlohmann::ordered_json;
 std::string cell(const cluster& all, size_t receiver, size_t sender) {
     kqcode_t code = all.codes[receiver][sender];
     if (receiver == sender) return "-";
-    if (code != 0) return code_text(code);
+    // With many nodes the names would make the table too wide.
+    if (code != 0) return all.nodes.size() > 3 ? std::to_string(code) : code_text(code);
     return all.disagree(receiver, sender) ? "differs" : "agrees";
 }
 

@@ -2,6 +2,7 @@
 
 #include "cluster_node.h"
 #include "peer_message.h"
+#include "raft_group.h"
 #include "text.h"
 
 namespace {
@@ -21,19 +22,19 @@ json envelope_of(const cluster_node& node) {
             {"instance", visible(node.name)},
             {"arch_local_share", node.share == ARCH_UNSET_FLAG ? json(nullptr) : json(node.share)},
             {"hpc_node", node.cluster_nodes},
+            {"members", members_document(node)},
             {"message", hexadecimal(node.message)}};
 }
 
 }  // namespace
 
 exit_status run_peer_export(const std::string& directory, bool envelope, output& out) {
-    for (const char* field : {"instance", "arch_local_share", "hpc_node", "message"})
+    for (const char* field : {"instance", "arch_local_share", "hpc_node", "members", "message"})
         out.set(field, nullptr);
     if (!envelope && !out.as_json() && isatty(STDOUT_FILENO) == 1)
         return out.fail(exit_usage, "the message is binary, and standard output is a terminal", "",
                         "Redirect it into a file or a pipe, or write it as text with --envelope.");
-    exit_status status = exit_good;
-    std::optional<cluster_node> node = read_node(directory, status, out);
+    const auto [status, node, unread] = read_node(directory, out);
     if (!node) return status;
     json document = envelope_of(*node);
     for (const auto& [field, value] : document.items())

@@ -2,10 +2,11 @@
 //
 // peer-export writes the bytes that the server would send, or an envelope around them:
 //
-//   {"schema_version": 1, "instance": "KQ1", "arch_local_share": 1, "hpc_node": 2,
+//   {"schema_version": 1, "instance": "KQ1", "arch_local_share": 1, "hpc_node": 2, "members": [],
 //    "message": "1500000005002f61726368..."}
 //
-// A setting that is not configured is null; the message is in hexadecimal.
+// A setting that is not configured is null; the members are those of the Raft group as `raft
+// status --json` gives them; the message is in hexadecimal.
 #ifndef KQARCH_PEER_MESSAGE_H
 #define KQARCH_PEER_MESSAGE_H
 

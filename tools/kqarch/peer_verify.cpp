@@ -4,40 +4,31 @@
 #include <cerrno>
 #include <cstring>
 
-#include "cluster_node.h"
+#include "cluster.h"
 #include "peer_message.h"
+#include "peer_parcel.h"
 #include "text.h"
 
 namespace {
 
 using json = nlohmann::ordered_json;
 
-constexpr size_t length_size = 4;
-constexpr size_t longest_input = size_t{1} << 20;  // a message of all destinations has some 6 KB
-
 struct wire_entry {
     std::string path;
     std::string owner;  // empty in a message without names
 };
 
-// Whether a message is as long as its first bytes say.
-bool says_its_length(const byte* bytes, size_t size) {
-    if (size < length_size) return false;
-    ulint body = 0;
-    for (size_t i = length_size; i-- > 0;)
-        body = body << 8 | bytes[i];
-    return body == size - length_size;
-}
-
 // Reads what the check has taken: nothing when it is malformed.
 class entry_reader {
   public:
     entry_reader(const std::vector<byte>& message, bool names)
-        : message_(message), names_(names), at_(std::min(length_size, message.size())) {}
+        : message_(message),
+          names_(names),
+          at_(std::min<size_t>(message_length_size, message.size())) {}
 
     std::optional<std::vector<wire_entry>> read() {
         std::vector<wire_entry> entries;
-        if (!says_its_length(message_.data(), message_.size())) return std::nullopt;
+        if (!says_its_length(message_)) return std::nullopt;
         while (at_ < message_.size()) {
             wire_entry entry;
             if (!read_text(entry.path) || (names_ && !read_text(entry.owner))) return std::nullopt;
@@ -62,63 +53,12 @@ class entry_reader {
     size_t at_;
 };
 
-// What came in: the message, and what an envelope says of its sender.
-struct parcel {
-    std::vector<byte> message = {};
-    std::string sender = {};           // empty without an envelope
-    std::optional<kqbool> share = {};  // of the sender; null is not configured
-    std::string problem = {};          // why there is no message
-};
-
-bool is_wire_message(const std::string& bytes) {
-    return bytes[0] != '{' ||
-           says_its_length(reinterpret_cast<const byte*>(bytes.data()), bytes.size());
-}
-
-std::optional<std::vector<byte>> from_hexadecimal(const std::string& text) {
-    static const std::string digits = "0123456789abcdef";
-    std::vector<byte> bytes;
-    if (text.size() % 2 != 0) return std::nullopt;
-    for (size_t i = 0; i < text.size(); i += 2) {
-        size_t high = digits.find(static_cast<char>(std::tolower(static_cast<byte>(text[i]))));
-        size_t low = digits.find(static_cast<char>(std::tolower(static_cast<byte>(text[i + 1]))));
-        if (high == digits.npos || low == digits.npos) return std::nullopt;
-        bytes.push_back(static_cast<byte>(high << 4 | low));
-    }
-    return bytes;
-}
-
-parcel open_envelope(const std::string& text) {
-    json document = json::parse(text, nullptr, false);
-    if (!document.is_object()) return {.problem = "the envelope is no JSON document"};
-    if (document.value("schema_version", json()) != 1)
-        return {.problem = "the envelope's schema_version is not 1"};
-    json message = document.value("message", json());
-    json sender = document.value("instance", json());
-    json share = document.value("arch_local_share", json());
-    if (!message.is_string() || !sender.is_string())
-        return {.problem = "the envelope has no instance or no message"};
-    std::optional<std::vector<byte>> bytes = from_hexadecimal(message);
-    if (!bytes) return {.problem = "the envelope's message is not hexadecimal"};
-    if (sender.get<std::string>().size() > KQ_SYSNAME_MAX)
-        return {.problem = "the envelope's instance has more than 128 characters"};
-    bool is_flag = share.is_number_unsigned() && share <= ARCH_UNSET_FLAG;
-    return {*std::move(bytes), sender, is_flag ? share.get<kqbool>() : kqbool{ARCH_UNSET_FLAG}};
-}
-
-parcel unpack(const std::string& bytes) {
-    if (bytes.empty()) return {.problem = "standard input is empty"};
-    if (bytes.size() > longest_input) return {.problem = "the message is longer than 1 MB"};
-    if (!is_wire_message(bytes)) return open_envelope(bytes);
-    return {.message = {bytes.begin(), bytes.end()}};
-}
-
 // All of standard input, but no more than one byte beyond what is allowed. Nothing, with errno, on
 // an error.
 std::optional<std::string> read_input() {
     std::string text;
     char block[65536];
-    while (text.size() <= longest_input) {
+    while (text.size() <= longest_parcel) {
         ssize_t count = read(STDIN_FILENO, block, sizeof block);
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) return std::nullopt;
@@ -131,29 +71,68 @@ std::optional<std::string> read_input() {
 class verifier {
   public:
     verifier(const cluster_node& node, parcel received, output& out)
-        : node_(node), received_(std::move(received)), out_(out) {}
+        : node_(node), received_(std::move(received)), sender_(received_.sender), out_(out) {}
 
     exit_status run() {
         if (!received_.problem.empty()) {
             refuse(0, ARCH_E_PEER_CFG_MISMATCH, received_.problem, "");
             return end(ARCH_E_PEER_CFG_MISMATCH);
         }
-        if (same_text(received_.sender, node_.name))
-            out_.report({.level = severity::warning,
-                         .file = node_.directory,
-                         .text = "the message comes from an instance of the same name"});
+        look_at_sender();
         kqcode_t code = 0;
         {
             loaded_node loaded(node_);
-            code = check_message(received_.message);
+            code = check_message(sender_.message);
         }
         if (code != 0) explain(code);
         return end(code);
     }
 
   private:
-    std::string sender() const {
-        return received_.sender.empty() ? "the sender" : received_.sender;
+    std::string sender() const { return sender_.name.empty() ? "the sender" : sender_.name; }
+
+    // What the servers' check does not see.
+    void look_at_sender() {
+        bool same_name = received_.is_envelope && same_text(sender_.name, node_.name);
+        if (same_name)
+            refuse(0, 0, "the message comes from an instance of the same name, " + node_.name,
+                   "If it is this node's own, send that of another; else give each node a name of "
+                   "its own.");
+        else if (sender_.message == node_.message && sender_.message.size() > message_length_size)
+            warn("the message is the one that " + node_.name +
+                     " sends itself: it may be its own, and then nothing is compared",
+                 "Send that of another node: ssh node2 kqarch peer-export DIR | kqarch peer-verify "
+                 "DIR");
+        if (received_.is_envelope && sender_.cluster_nodes != node_.cluster_nodes)
+            warn("HPC_NODE is " + std::to_string(node_.cluster_nodes) + " here and " +
+                     std::to_string(sender_.cluster_nodes) + " at " + sender(),
+                 "Give HPC_NODE in kq.ini the same number at every node.");
+        if (received_.tells_members && !same_name)
+            compare_groups();
+        else if (node_.self && !same_name)
+            out_.report({.level = severity::note,
+                         .file = node_.place_of(0),
+                         .text = "the message says nothing of the Raft group",
+                         .hint = "Send it with --envelope: then the members are compared too."});
+    }
+
+    void compare_groups() {
+        cluster both;
+        both.nodes = {node_, sender_};
+        compare_raft_groups(both);
+        for (const disagreement& one : both.disagreements) {
+            diagnostic found = one.found;
+            found.text = node_.file.passwords().hide(found.text);
+            out_.report(found);
+            ++refusals_;
+        }
+    }
+
+    void warn(const std::string& text, const std::string& hint) {
+        out_.report({.level = severity::warning,
+                     .file = node_.place_of(0),
+                     .text = node_.file.passwords().hide(text),
+                     .hint = hint});
     }
 
     void refuse(ulint line, kqcode_t code, const std::string& text, const std::string& hint) {
@@ -166,15 +145,18 @@ class verifier {
     }
 
     void explain(kqcode_t code) {
+        size_t before = refusals_;
         ulint share_line = node_.file.key_line("ARCH_LOCAL_SHARE");
         std::optional<std::vector<wire_entry>> entries =
-            entry_reader(received_.message, node_.shares).read();
-        if (received_.share && (*received_.share == 1) != node_.shares)
-            refuse(share_line, code,
-                   std::string("the archives are ") + (node_.shares ? "" : "not ") +
-                       "shared here (ARCH_LOCAL_SHARE), and " + (node_.shares ? "not " : "") +
-                       "at " + sender(),
-                   "Give ARCH_LOCAL_SHARE the same value at every node.");
+            entry_reader(sender_.message, node_.shares).read();
+        if (received_.is_envelope && sender_.shares != node_.shares)
+            refuse(
+                share_line, code,
+                std::string("the archives are ") + (node_.shares ? "" : "not ") +
+                    "shared here (ARCH_LOCAL_SHARE), and " + (node_.shares ? "not " : "") + "at " +
+                    sender(),
+                "Set ARCH_LOCAL_SHARE = 1 at every node, or remove the line at each: any value of "
+                "it shares, 0 too.");
         else if (!node_.shares && node_.cluster_nodes > 1)
             refuse(share_line, code,
                    "ARCH_LOCAL_SHARE is not 1, and HPC_NODE " +
@@ -182,7 +164,7 @@ class verifier {
                    "Set ARCH_LOCAL_SHARE = 1 at every node of the cluster.");
         else if (entries)
             explain_entries(code, *entries);
-        if (refusals_ > 0) return;
+        if (refusals_ > before) return;
         refuse(0, code, "the message is malformed",
                "It may have been cut short, or made with another ARCH_LOCAL_SHARE: export it "
                "again, or use --envelope.");
@@ -218,19 +200,20 @@ class verifier {
     }
 
     exit_status end(kqcode_t code) {
-        out_.set("sender",
-                 received_.sender.empty() ? json(nullptr) : json(visible(received_.sender)));
+        bool agree = code == 0 && refusals_ == 0;
+        out_.set("sender", sender_.name.empty() ? json(nullptr) : json(visible(sender_.name)));
         out_.set("code", code);
-        out_.set("agree", code == 0);
-        out_.print_heading(visible(node_.name +
-                                   (code == 0 ? " agrees with " : " does not agree with ") +
-                                   sender()) +
-                           (code == 0 ? "" : ": " + code_text(code)));
-        return code == 0 ? exit_good : status_of(code);
+        out_.set("agree", agree);
+        out_.print_heading(
+            visible(node_.name + (agree ? " agrees with " : " does not agree with ") + sender()) +
+            (code == 0 ? "" : ": " + code_text(code)));
+        if (code != 0) return status_of(code);
+        return agree ? exit_good : exit_refused;
     }
 
     const cluster_node& node_;
     parcel received_;
+    const cluster_node& sender_;
     output& out_;
     size_t refusals_ = 0;
 };
@@ -240,8 +223,7 @@ class verifier {
 exit_status run_peer_verify(const std::string& directory, output& out) {
     for (const char* field : {"instance", "sender", "code", "agree"})
         out.set(field, nullptr);
-    exit_status status = exit_good;
-    std::optional<cluster_node> node = read_node(directory, status, out);
+    const auto [status, node, unread] = read_node(directory, out);
     if (!node) return status;
     out.set("instance", visible(node->name));
     if (isatty(STDIN_FILENO) == 1)
@@ -249,5 +231,9 @@ exit_status run_peer_verify(const std::string& directory, output& out) {
                         "Pipe the message in: kqarch peer-export DIR | kqarch peer-verify DIR");
     std::optional<std::string> input = read_input();
     if (!input) return out.fail(exit_failed, std::strerror(errno), "standard input");
-    return verifier(*node, unpack(*input), out).run();
+    parcel received = unpack(*input);
+    if (received.nothing_sent)
+        return out.fail(exit_failed, received.problem, "standard input",
+                        "Nothing was compared. The sender's own messages tell why.");
+    return verifier(*node, std::move(received), out).run();
 }

@@ -89,9 +89,8 @@ class raft_changer {
         : options_(options), request_(request), out_(out), row_(row_of(request.action)) {}
 
     exit_status run() {
-        exit_status ignored = exit_good;
         output nowhere("", true);
-        node_ = read_node(options_.directory, ignored, nowhere);
+        node_ = read_node(options_.directory, nowhere).node;
         if (node_ && node_->archiving) plan();
         if (std::optional<danger> found = worst_danger()) {
             if (!options_.force) return refuse(*found);
@@ -144,11 +143,6 @@ class raft_changer {
         if (request_.action == raft_action::clear) return danger_of_leaving();
         std::string step = "voters from " + std::to_string(before_.voters.size()) + " to " +
                            std::to_string(after_.voters.size()) + " in one step: ";
-        if (!keeps_quorum(before_, after_))
-            return danger{step +
-                              "those that stay are no quorum of the old group, and could not "
-                              "agree on it",
-                          safe_steps()};
         if (quorums_overlap(before_, after_)) return std::nullopt;
         return danger{step +
                           "a quorum of the old group and one of the new need have no voter in "
@@ -172,7 +166,7 @@ class raft_changer {
         if (!leaves_others_without_quorum(before_, upper_case(node_->name))) return std::nullopt;
         return danger{
             "without this node the other voters are no quorum: they cannot even remove it",
-            "Remove " + node_->name + " at the other nodes first."};
+            "Remove " + node_->name + " at the other nodes first; then it is safe."};
     }
 
     // One voter a step: the quorums of two groups that differ in one voter always overlap.
@@ -180,8 +174,6 @@ class raft_changer {
         std::vector<std::string> steps;
         for (const std::string& name : after_.voters)
             if (!before_.voters.contains(name)) steps.push_back("promote " + name);
-        if (steps.empty() && before_.voters.size() == 2)
-            steps.emplace_back("add a third voter (learner, and promote when it has caught up)");
         for (const std::string& name : before_.voters)
             if (!after_.voters.contains(name)) steps.push_back("remove " + name);
         return "One voter a step, at every node before the next: " + join(steps, ", then ") + ".";

@@ -4,9 +4,28 @@
 
 namespace {
 
+using json = nlohmann::ordered_json;
+
 std::string from_to(size_t before, size_t after) {
     if (before == after) return std::to_string(after) + " as before";
     return "from " + std::to_string(before) + " to " + std::to_string(after);
+}
+
+json number_or_null(ulint value, ulint unset) {
+    return value == unset ? json(nullptr) : json(value);
+}
+
+json as_document(const raft_member& member, const cluster_node& node) {
+    auto shown = [&](const std::string& text) {
+        return text.empty() ? json(nullptr) : json(node.file.passwords().hide(visible(text)));
+    };
+    return {{"name", shown(member.name)},
+            {"self", member.section.empty()},
+            {"role", member.learner ? "learner" : "voter"},
+            {"id", number_or_null(member.id, ARCH_UNSET_SHORT)},
+            {"address", shown(member.address)},
+            {"port", number_or_null(member.port, 0)},
+            {"section", shown(member.section)}};
 }
 
 }  // namespace
@@ -35,13 +54,6 @@ bool quorums_overlap(const raft_group& before, const raft_group& after) {
     return quorum_of(before.voters.size()) + quorum_of(after.voters.size()) > both.size();
 }
 
-bool keeps_quorum(const raft_group& before, const raft_group& after) {
-    size_t staying = 0;
-    for (const std::string& name : before.voters)
-        staying += after.voters.count(name);
-    return before.voters.empty() || staying >= quorum_of(before.voters.size());
-}
-
 std::vector<std::string> group_consequences(const raft_group& before, const raft_group& after) {
     size_t old_count = before.voters.size();
     size_t count = after.voters.size();
@@ -51,6 +63,8 @@ std::vector<std::string> group_consequences(const raft_group& before, const raft
         told.push_back("A quorum is " + std::to_string(quorum_of(count)) + " of " +
                        std::to_string(count) + "; failures tolerated: " +
                        from_to(tolerated_failures(old_count), tolerated_failures(count)) + ".");
+    if (count > 0 && tolerated_failures(count) == 0)
+        told.emplace_back("No failure is tolerated: when one voter fails, nothing is decided.");
     if (before.learners.size() != after.learners.size())
         told.push_back("Learners: " + from_to(before.learners.size(), after.learners.size()) +
                        "; they receive the log and do not vote.");
@@ -60,7 +74,16 @@ std::vector<std::string> group_consequences(const raft_group& before, const raft
     return told;
 }
 
-nlohmann::ordered_json as_document(const raft_group& group) {
+json members_document(const cluster_node& node) {
+    json documents = json::array();
+    if (!node.self) return documents;
+    documents.push_back(as_document(*node.self, node));
+    for (const raft_member& member : node.members)
+        documents.push_back(as_document(member, node));
+    return documents;
+}
+
+json as_document(const raft_group& group) {
     size_t count = group.voters.size();
     return {{"voters", count},
             {"learners", group.learners.size()},

@@ -24,12 +24,13 @@ size_t tolerated_failures(size_t voters);
 // could decide, each for itself, while the members learn of the change.
 bool quorums_overlap(const raft_group& before, const raft_group& after);
 
-// Whether the voters that stay are a quorum of the old group: else they cannot agree on the change
-// when those that leave are gone.
-bool keeps_quorum(const raft_group& before, const raft_group& after);
-
 // What becomes of the group, in sentences.
 std::vector<std::string> group_consequences(const raft_group& before, const raft_group& after);
+
+// Every member, this node first; none outside a group:
+// [{"name": "KQ1", "self": true, "role": "voter", "id": 1, "address": "10.0.0.1", "port": 5336,
+//   "section": null}]
+nlohmann::ordered_json members_document(const cluster_node& node);
 
 // {"voters": 3, "learners": 0, "quorum": 2, "tolerated_failures": 1}
 nlohmann::ordered_json as_document(const raft_group& group);
