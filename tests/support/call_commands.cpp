@@ -1,5 +1,5 @@
-// Commands that are functions of the module, under their names, with the arguments in the order of
-// their declaration. A registry argument is null, process (the process registry's address) or own;
+// Commands that are functions of the module, under their names, of which "arch_cfg_" may be left
+// out, with the arguments in the order of their declaration. A registry argument is null, process (the process registry's address) or own;
 // a record argument is a section's name or null.
 #include "support/fields.h"
 #include "support/scenario.h"
@@ -147,19 +147,19 @@ std::string set_dest(const context& call) {
 template <auto Writer>
 std::string append_section(const context& call) {
     static schar text[ARCH_CFG_TEXT_SIZE];
-    strcpy(text, "before\n");
+    strcpy(text, file_header);
     registry_lock lock;
     Writer(text, nullptr, record_of(call, 0));
-    return text;
+    return folded(text);
 }
 
 template <auto Writer>
 std::string append_settings(const context&) {
     static schar text[ARCH_CFG_TEXT_SIZE];
-    strcpy(text, "before\n");
+    strcpy(text, file_header);
     registry_lock lock;
     Writer(text, nullptr);
-    return text;
+    return folded(text);
 }
 
 std::string getters(const context&) {

@@ -29,7 +29,7 @@ std::string file(const command_context& context) {
 }
 
 std::string cat(const command_context& context) {
-    return read_file(context.argument(0));
+    return folded(read_file(context.argument(0)));
 }
 
 std::string dir(const command_context& context) {
@@ -125,6 +125,7 @@ kqcode_t start_up(const command_context& context) {
         given = each.substr(5);
         path = &given;
     }
+    context.shown.clear();
     arch_cfg_sys_destroy();
     return arch_cfg_sys_init_with_check(
         path ? path->c_str() : nullptr, context.option("timer_chk", 1),
@@ -149,8 +150,9 @@ std::string written_text() {
     return code == 0 ? text : code_text(code);
 }
 
-std::string write(const command_context&) {
-    return written_text();
+// write [exactly]
+std::string write(const command_context& context) {
+    return context.arguments.empty() ? folded(written_text()) : written_text();
 }
 
 // rewrite loads its input, writes it, loads what was written and writes it again.
@@ -161,29 +163,17 @@ std::string rewrite(const command_context& context) {
     write_file("kqarch.ini", first);
     if (kqcode_t code = start_up(context); code != 0) return "second " + code_text(code);
     std::string second = written_text();
-    return first == second ? first : "first:\n" + first + "second:\n" + second;
+    return first == second ? folded(first) : "first:\n" + first + "second:\n" + second;
 }
 
 }  // namespace
 
 const command_table& file_commands() {
     static const command_table table = {
-        {"file", file},
-        {"cat", cat},
-        {"dir", dir},
-        {"link", link},
-        {"remove", remove},
-        {"exists", exists},
-        {"mode", mode},
-        {"instance", instance},
-        {"mal", mal},
-        {"timers", timers},
-        {"range", range},
-        {"config_path", config_path},
-        {"fault", fault},
-        {"start", start},
-        {"load", load},
-        {"write", write},
+        {"file", file},       {"cat", cat},       {"dir", dir},     {"link", link},
+        {"remove", remove},   {"exists", exists}, {"mode", mode},   {"instance", instance},
+        {"mal", mal},         {"timers", timers}, {"range", range}, {"config_path", config_path},
+        {"fault", fault},     {"start", start},   {"load", load},   {"write", write},
         {"rewrite", rewrite},
     };
     return table;

@@ -1,6 +1,8 @@
 // Commands that look at a registry or change its fields directly.
+#include <algorithm>
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 #include "support/fields.h"
 #include "support/scenario.h"
@@ -16,18 +18,42 @@ arch_cfg_t* find_record(const arch_cfg_sys_t& registry, const std::string& name)
 
 namespace {
 
-std::string show_registry(const arch_cfg_sys_t& registry) {
-    std::string text;
-    std::string settings = differences(registry_fields(), registry);
-    if (!settings.empty()) text += "settings" + settings + "\n";
-    for (const arch_cfg_t* arch = registry.arch_lst.start; arch != nullptr; arch = arch->link.next)
-        text += "[" + std::string(arch->name) + "]" + differences(record_fields(), *arch) + "\n";
-    return text.empty() ? "empty" : text;
+using line_list = std::vector<std::string>;
+
+// "settings", or a section's name in its brackets.
+std::string home_of(const std::string& line) {
+    return line.substr(0, line[0] == '[' ? line.rfind(']') + 1 : line.find(' '));
 }
 
-// show [own]: the settings that are configured, and of each record what differs from a new one.
+bool has(const line_list& lines, const std::string& line) {
+    return std::find(lines.begin(), lines.end(), line) != lines.end();
+}
+
+line_list lines_of(const arch_cfg_sys_t& registry) {
+    line_list lines;
+    std::string settings = differences(registry_fields(), registry);
+    if (!settings.empty()) lines.push_back("settings" + settings);
+    for (const arch_cfg_t* arch = registry.arch_lst.start; arch != nullptr; arch = arch->link.next)
+        lines.push_back("[" + std::string(arch->name) + "]" + differences(record_fields(), *arch));
+    return lines;
+}
+
+// show [own]: the settings that are configured, and of each record what differs from a new one. Of
+// what was shown since start-up, only that which is new, another or gone.
 std::string show(const command_context& context) {
-    return show_registry(context.arguments.empty() ? arch_cfg_sys : context.own_registry);
+    bool own = !context.arguments.empty();
+    line_list now = lines_of(own ? context.own_registry : arch_cfg_sys);
+    line_list before = std::exchange(context.shown[own], now), homes;
+    if (now.empty()) return "empty";
+    if (now == before) return "as before";
+    std::string text;
+    for (const std::string& line : now) {
+        homes.push_back(home_of(line));
+        if (!has(before, line)) text += line + "\n";
+    }
+    for (const std::string& line : before)
+        if (!has(homes, home_of(line))) text += "gone " + home_of(line) + "\n";
+    return text;
 }
 
 std::string count(const command_context&) {

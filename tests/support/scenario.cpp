@@ -105,7 +105,8 @@ std::string expand_input(const std::string& input, const definitions& defined) {
 command_function find_command(const std::string& name) {
     for (auto table : {file_commands, registry_commands, call_commands, online_commands,
                        cluster_commands, raft_commands}) {
-        if (auto found = table().find(name); found != table().end()) return found->second;
+        for (const std::string& each : {name, "arch_cfg_" + name})
+            if (auto found = table().find(each); found != table().end()) return found->second;
     }
     throw std::runtime_error("no command " + name);
 }
@@ -122,13 +123,16 @@ line_list lines_of(const std::string& text) {
 
 // The messages of a refusal are printed and logged alike: then each is told once.
 line_list told_once(line_list printed, const line_list& logged) {
-    static const std::string console = "stderr: ", log = "log 4: ", both = "refused: ";
+    static const std::string console = "stderr: ", log = "log 4: ", both = "refused: ",
+                             stop = "with a stop: ";
     line_list told;
     for (size_t i = 0; i < printed.size() && printed.size() == logged.size(); i++) {
         std::string text = printed[i].substr(std::min(console.size(), printed[i].size()));
         if (printed[i] == console + text && logged[i] == log + text) told.push_back(both + text);
     }
     if (!printed.empty() && told.size() == printed.size()) return told;
+    if (logged.size() == 1 && printed == line_list{console + logged[0].substr(log.size()) + "."})
+        return {stop + logged[0].substr(log.size())};
     printed.insert(printed.end(), logged.begin(), logged.end());
     return printed;
 }
@@ -140,8 +144,13 @@ std::string in_one_line(const std::string& result, const std::string& message) {
 }
 
 // What a command did, in the notation of the files.
-std::string observed(line_list printed, const line_list& logged, line_list results) {
+std::string observed(line_list printed, line_list logged, line_list results) {
     if (results.empty()) results.push_back("nothing");
+    if (!logged.empty() &&
+        logged.back() == "log 4: code " + results[0] + " raised at cfg_dll/arch_cfg:LINE") {
+        logged.pop_back();
+        results[0] = "raised " + results[0];
+    }
     if (!printed.empty() &&
         printed.back() == "stderr: Validate kqarch.ini error, code=" + results[0]) {
         printed.pop_back();
@@ -250,7 +259,8 @@ void run_scenario(const std::filesystem::path& path) {
     if (instance.open() != 0) throw std::runtime_error("the instance cannot be opened");
     definitions defined;
     arch_cfg_sys_t own_registry = arch_cfg_sys;
-    command_context context{{}, "", defined, instance, own_registry};
+    std::map<bool, line_list> shown;
+    command_context context{{}, "", defined, instance, own_registry, shown};
     for (row& each : rows) {
         std::string got = run_row(each, context);
         if (rewrite)

@@ -12,6 +12,8 @@
 //     -803 stderr: TEXT        it was only printed; likewise "stdout: TEXT"
 //     -803 log 4: TEXT         it was only logged, at that level
 //     invalid -803 ...         "Validate kqarch.ini error, code=-803" was printed after the rest
+//     raised -803 ...          "code -803 raised at cfg_dll/arch_cfg:LINE" was logged after the rest
+//     -803 with a stop: TEXT   TEXT was logged at level 4, and printed with a stop at its end
 //
 // and where there are more messages than one, each in a line before the result: first what was
 // printed, then what was logged, or "refused: TEXT" if it is the same. <no line feed> ends a printed
@@ -67,7 +69,8 @@ struct command_context {
     std::string input;
     std::map<std::string, std::string>& definitions;
     instance_directory& instance;
-    arch_cfg_sys_t& own_registry;  // a registry that is not the process's
+    arch_cfg_sys_t& own_registry;                     // a registry that is not the process's
+    std::map<bool, std::vector<std::string>>& shown;  // the lines of both since start-up, own: true
 
     const std::string& argument(size_t index) const;
     const schar* text(size_t index) const;  // null for "null"
@@ -89,6 +92,11 @@ const command_table& cluster_commands();
 const command_table& raft_commands();
 
 std::string code_text(kqcode_t code);
+
+// The text of kqarch.ini with a line for each section, "[NAME] KEY=VALUE ...", as in input. A text
+// that is not just what the module would write for those lines stays as it is.
+extern const char* const file_header;
+std::string folded(const std::string& text);
 
 // The record of exactly that name, or null.
 arch_cfg_t* find_record(const arch_cfg_sys_t& registry, const std::string& name);
