@@ -51,7 +51,7 @@ kqbool is_dpc_bp_or_mp_or_bs(void) {
     return 0;
 }
 
-/* ---- mal_cfg.h: who this instance talks to; it never changes, so that its lock does nothing --- */
+/* ---- mal_cfg.h: who this instance talks to; it never changes, so that its lock does nothing -- */
 
 static mal_cfg_t peers[] = {{"PRIMARY", "192.0.2.1", 5236},
                             {"STANDBY1", "192.0.2.2", 5236},
@@ -95,7 +95,7 @@ kqcode_t conf_get_global_conf_value(ulint scope, kq_global_svc_conf_t* conf) {
     return 0;
 }
 
-/* ---- dcr_dll.h, asm3.h: this server is in no cluster and has no ASM storage ------------------- */
+/* ---- dcr_dll.h, asm3.h: this server is in no cluster and has no ASM storage ------------------ */
 
 enum { NO_CLUSTER = -1 };
 

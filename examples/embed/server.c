@@ -33,8 +33,8 @@ static void* look_up(void* unused) {
 
 /* ---- Changing -------------------------------------------------------------------------------- */
 
-/* The instances of a clause go into the record as they do when the file is read. The list of another
- * registry that is empty: whether a name is in use elsewhere is not asked here. */
+/* The instances of a clause go into the record as they do when the file is read, beside a registry
+ * that is empty: whether a name is in use elsewhere is not asked here. */
 static kqcode_t add_standby(arch_cfg_t* asked, const char* instances) {
     arch_cfg_sys_t nobody;
     memset(&nobody, 0, sizeof nobody);

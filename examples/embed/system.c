@@ -17,7 +17,7 @@
 #include "osmutex.h"
 #include "server.h"
 
-/* ---- os.h, mem.h: this server's allocator counts its blocks ----------------------------------- */
+/* ---- os.h, mem.h: this server's allocator counts its blocks ---------------------------------- */
 
 static atomic_long held;
 
@@ -64,7 +64,7 @@ void kq_sys_halt(const schar* text, lint code) {
     abort();
 }
 
-/* ---- osmutex.h: the module locks the_mutex itself --------------------------------------------- */
+/* ---- osmutex.h: the module locks the_mutex itself -------------------------------------------- */
 
 void os_mutex2_create(os_mutex_t* mutex) {
     pthread_mutexattr_t attributes;
@@ -84,7 +84,7 @@ void os_mutex2_free(os_mutex_t* mutex) {
     pthread_mutex_destroy(&mutex->the_mutex);
 }
 
-/* ---- elog.h: the log is kept in memory -------------------------------------------------------- */
+/* ---- elog.h: the log is kept in memory ------------------------------------------------------- */
 
 static pthread_mutex_t log_mutex = PTHREAD_MUTEX_INITIALIZER;
 static char log_text[16384];
@@ -136,7 +136,7 @@ kqcode_t kqerr_get_err_desc_with_langage(kqcode_t code, lint language, ulint* er
     return code;
 }
 
-/* ---- osfile.h: files, of which this server has no special storage ----------------------------- */
+/* ---- osfile.h: files, of which this server has no special storage ---------------------------- */
 
 kqbool os_file_path_is_asm(const schar* path) {
     return path != NULL && path[0] == '+';
