@@ -14,7 +14,8 @@ constexpr const char* peer_check_footer =
     "server does. A column FROM A tells what each node answers to the message of A; ENDPOINTS,\n"
     "whether every other endpoint of kqdcr.ini has a REMOTE destination. \"differs\" is what the\n"
     "messages do not show: directories shared by mistake, Raft members that nodes have\n"
-    "differently. Nothing is changed.\n"
+    "differently. A mistake is told once, at the node that most others contradict. Nothing is\n"
+    "changed.\n"
     "\nExamples:\n"
     "  kqarch peer-check node1 node2\n"
     "  kqarch peer-check --json node1 node2 node3 | jq .pairs\n";
