@@ -178,26 +178,4 @@ TEST_F(hostile, texts_of_any_length_and_byte) {
     }
 }
 
-TEST_F(hostile, numbers_of_all_ones) {
-    descriptor_capture quiet(2);
-    arch_cfg_t* added = nullptr;
-    judge(arch_cfg_add_local("arch2", ~0u, 64, 65535, ~0u, &added), {ARCH_E_INVALID_SPACE_LIMIT},
-          added);
-    judge(arch_cfg_add_local("arch2", 0, 64, 65535, ~0u, &added), {ARCH_E_INVALID_FLUSH_BUF_SIZE},
-          added);
-    judge(arch_cfg_add_local("arch2", 0, 64, 65535, 0, &added), {ARCH_E_INVALID_HANG_FLAG}, added);
-    for (const adder& each : adders) {
-        arch_cfg_t asked;
-        arch_init(&asked, "");
-        asked.type = each.type;
-        strcpy(asked.dest_insts[0], "INST1");
-        strcpy(asked.dest, "INST1");
-        strcpy(asked.timer_name, "T1");
-        asked.wait_apply = asked.arch_failover = asked.arch_send_delay = ~0u;
-        asked.arch_recover_time = asked.arch_subscb_mode = asked.arch_threshold_per_second = ~0u;
-        judge(each.add(&asked, &added),
-              {ARCH_E_INVALID_DEST, ARCH_E_PARA_NOT_ALLOWED, ARCH_E_INVALID_SEND_DELAY}, added);
-    }
-}
-
 }  // namespace

@@ -1,7 +1,5 @@
-// Membership changes, the guard of configuration changes, peers' messages and look-ups at once; and
-// that no call keeps the lock, whatever it returns.
+// Membership changes, the guard of configuration changes, peers' messages and look-ups at once.
 #include <gtest/gtest.h>
-#include <kq_fault.h>
 
 #include <atomic>
 #include <chrono>
@@ -121,70 +119,6 @@ TEST_F(raft_threads, the_guard_excludes) {
     at_once({hold_guard, hold_guard, hold_guard, hold_guard});
     registry_lock lock;
     EXPECT_GT(refusals, 0);
-}
-
-// A call that fails, with its code; the lock must be free afterwards.
-struct failing_call {
-    const char* name;
-    kqcode_t code;
-    std::function<kqcode_t()> call;
-};
-
-void expect_lock_free(const char* after) {
-    bool is_free = false;
-    std::thread([&is_free]() KQ_NO_THREAD_ANALYSIS {
-        is_free = pthread_mutex_trylock(&arch_cfg_sys.mutex.the_mutex) == 0;
-        if (is_free) pthread_mutex_unlock(&arch_cfg_sys.mutex.the_mutex);
-    }).join();
-    EXPECT_TRUE(is_free) << after;
-    if (!is_free) abort();
-}
-
-TEST_F(raft_threads, no_failure_keeps_the_lock) {
-    static schar rec[ARCH_CFG_TEXT_SIZE];
-    static arch_cfg_t* added;
-    static sysname_t nobody[1] = {"NOBODY"};
-    auto add = [](const char* dest, usint id, usint type) {
-        return arch_cfg_add_learner_or_raft(dest, "h", 1, id, 0, type, &added, rec);
-    };
-    const failing_call calls[] = {
-        {"type", ARCH_E_INVALID_TYPE, [&] { return add("N", 1, 1); }},
-        {"long", ARCH_E_TOO_LONG, [&] { return add(std::string(121, 'n').c_str(), 1, 7); }},
-        {"empty", ARCH_E_INVALID_VALUE, [&] { return add("", 1, 7); }},
-        {"self", ARCH_E_DEST_IS_SELF, [&] { return add("ME", 1, 7); }},
-        {"identifier", ARCH_E_INVALID_VALUE, [&] { return add("N", 65535, 7); }},
-        {"memory", ARCH_E_OUT_OF_MEMORY,
-         [&] {
-             kq_fault_arm("os_malloc", 1, 0);
-             kqcode_t code = add("N", 1, 7);
-             kq_fault_disarm();
-             return code;
-         }},
-        {"no such member", ARCH_E_DEST_NOT_FOUND,
-         [] { return arch_cfg_check_raft_dest_validate("N", 0); }},
-        {"promotion", ARCH_E_DEST_NOT_FOUND,
-         [] { return arch_cfg_change_learner_to_raft(1, nobody, rec, nullptr, nullptr); }},
-        {"no voters", ARCH_E_INVALID_VALUE, [] { return arch_cfg_change_to_new(0, nobody, rec); }},
-        {"guard", ARCH_E_CFG_CHANGING,
-         [] { return arch_set_cfg_changing(255), arch_set_cfg_changing(0); }},
-        {"file", ARCH_E_FILE_OPEN,
-         [] {
-             kq_fault_arm("file_write", 1, 1);
-             kqcode_t code = arch_delete_raft_info();
-             kq_fault_disarm();
-             return code;
-         }},
-        {"settings", ARCH_E_INVALID_VALUE,
-         [&] {
-             EXPECT_EQ(add("V", 2, 7), 0);
-             return arch_cfg_sys_update_raft_info(5, 9, 5, "me", 1, 1, 0);
-         }},
-    };
-    output_capture capture(instance.error_log());
-    for (const failing_call& each : calls) {
-        EXPECT_EQ(each.call(), each.code) << each.name;
-        expect_lock_free(each.name);
-    }
 }
 
 }  // namespace

@@ -113,28 +113,23 @@ kq_lst_t junk_list() {
 }
 
 // arch_cfg_get_all_remote_dest [pool=N]
-std::string remote_list(const context& call) {
+// arch_cfg_get_all_local_and_remote_dest ARCH_LOCAL_SHARE GET_ONE_LOCAL [pool=N]: here each text is
+// a block of its own.
+template <bool WithLocal>
+std::string list(const context& call) {
     pool blocks(call.option("pool", 0));
     kq_lst_t list = junk_list();
     registry_lock lock;
-    kqcode_t code = arch_cfg_get_all_remote_dest(blocks.env, &list);
-    std::string text = code_text(code) + show_list(list);
-    for (kq_lst_node_t* node = list.start; node != nullptr;)
-        mem_free(blocks.env, std::exchange(node, node->next));
-    return text + blocks.end();
-}
-
-// arch_cfg_get_all_local_and_remote_dest ARCH_LOCAL_SHARE GET_ONE_LOCAL [pool=N]
-std::string local_and_remote_list(const context& call) {
-    pool blocks(call.option("pool", 0));
-    kq_lst_t list = junk_list();
-    registry_lock lock;
-    kqcode_t code =
-        arch_cfg_get_all_local_and_remote_dest(blocks.env, &list, call.number(0), call.number(1));
+    kqcode_t code = 0;
+    if constexpr (WithLocal)
+        code = arch_cfg_get_all_local_and_remote_dest(blocks.env, &list, call.number(0),
+                                                      call.number(1));
+    else
+        code = arch_cfg_get_all_remote_dest(blocks.env, &list);
     std::string text = code_text(code) + show_list(list);
     for (kq_lst_node_t* node = list.start; node != nullptr;) {
-        mem_free(blocks.env, node->data);
-        if (node->flag != nullptr) mem_free(blocks.env, node->flag);
+        if (WithLocal) mem_free(blocks.env, node->data);
+        if (WithLocal && node->flag != nullptr) mem_free(blocks.env, node->flag);
         mem_free(blocks.env, std::exchange(node, node->next));
     }
     return text + blocks.end();
@@ -217,8 +212,8 @@ const command_table& cluster_commands() {
         {"arch_cfg_info_encode", encode},
         {"arch_cfg_info_decode_and_check", decode},
         {"arch_cfg_cmp", compare},
-        {"arch_cfg_get_all_remote_dest", remote_list},
-        {"arch_cfg_get_all_local_and_remote_dest", local_and_remote_list},
+        {"arch_cfg_get_all_remote_dest", list<false>},
+        {"arch_cfg_get_all_local_and_remote_dest", list<true>},
         {"arch_cfg_remote_all_other_ep_check", endpoint_check},
         {"arch_set_cfg_changing", take_guard},
         {"arch_reset_cfg_changing", release_guard},

@@ -60,12 +60,6 @@ std::string exists(const command_context& context) {
            " bytes";
 }
 
-// mode PATH OCTAL
-std::string mode(const command_context& context) {
-    fs::permissions(context.argument(0), fs::perms(std::stoi(context.argument(1), nullptr, 8)));
-    return "0";
-}
-
 // instance KEY=VALUE... writes kq.ini and opens the instance.
 std::string instance(const command_context& context) {
     std::string parameters;
@@ -155,26 +149,25 @@ std::string write(const command_context& context) {
     return context.arguments.empty() ? folded(written_text()) : written_text();
 }
 
-// rewrite loads its input, writes it, loads what was written and writes it again.
-std::string rewrite(const command_context& context) {
-    write_file("kqarch.ini", context.input);
-    if (kqcode_t code = start_up(context); code != 0) return code_text(code);
-    std::string first = written_text();
-    write_file("kqarch.ini", first);
-    if (kqcode_t code = start_up(context); code != 0) return "second " + code_text(code);
-    std::string second = written_text();
-    return first == second ? folded(first) : "first:\n" + first + "second:\n" + second;
-}
-
 }  // namespace
 
 const command_table& file_commands() {
     static const command_table table = {
-        {"file", file},       {"cat", cat},       {"dir", dir},     {"link", link},
-        {"remove", remove},   {"exists", exists}, {"mode", mode},   {"instance", instance},
-        {"mal", mal},         {"timers", timers}, {"range", range}, {"config_path", config_path},
-        {"fault", fault},     {"start", start},   {"load", load},   {"write", write},
-        {"rewrite", rewrite},
+        {"file", file},
+        {"cat", cat},
+        {"dir", dir},
+        {"link", link},
+        {"remove", remove},
+        {"exists", exists},
+        {"instance", instance},
+        {"mal", mal},
+        {"timers", timers},
+        {"range", range},
+        {"config_path", config_path},
+        {"fault", fault},
+        {"start", start},
+        {"load", load},
+        {"write", write},
     };
     return table;
 }

@@ -109,19 +109,15 @@ struct adder {
     adder_function add;
 };
 
+template <auto Adder>
+kqcode_t add_record(const context&, arch_cfg_t& record, schar*, schar*, arch_cfg_t** out) {
+    return Adder(&record, out);
+}
+
 const adder adders[] = {
-    {"march", ARCH_TYPE_REALTIME, true,
-     [](const context&, arch_cfg_t& record, schar*, schar*, arch_cfg_t** out) {
-         return arch_cfg_add_march(&record, out);
-     }},
-    {"timely", ARCH_TYPE_TIMELY, true,
-     [](const context&, arch_cfg_t& record, schar*, schar*, arch_cfg_t** out) {
-         return arch_cfg_add_timely(&record, out);
-     }},
-    {"timer", ARCH_TYPE_ASYNC, true,
-     [](const context&, arch_cfg_t& record, schar*, schar*, arch_cfg_t** out) {
-         return arch_cfg_add_timer(&record, out);
-     }},
+    {"march", ARCH_TYPE_REALTIME, true, add_record<arch_cfg_add_march>},
+    {"timely", ARCH_TYPE_TIMELY, true, add_record<arch_cfg_add_timely>},
+    {"timer", ARCH_TYPE_ASYNC, true, add_record<arch_cfg_add_timer>},
     {"sync", ARCH_TYPE_SYNC, true,
      [](const context& call, arch_cfg_t& record, schar*, schar*, arch_cfg_t** out) {
          return arch_cfg_add_sync(&record, call.option("sys_mode", 0), out);

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <sstream>
 #include <utility>
 
 #include "support/instance.h"
@@ -14,47 +15,21 @@ namespace test_support {
 
 namespace {
 
-const char* const names[] = {"N1",
-                             "N2",
-                             "N3",
-                             "N4",
-                             "N5",
-                             "N6",
-                             "N7",
-                             "N8",
-                             "N9",
-                             "N10",
-                             "N11",
-                             "N12",
-                             "N13",
-                             "N14",
-                             "N15",
-                             "N16",
-                             "N17",
-                             "n3",
-                             "n12",
-                             "N18",
-                             "N19",
-                             "N20",
-                             "N21",
-                             "N22",
-                             "me",
-                             "a/b",
-                             "",
-                             " x",
-                             "arch1",
-                             "x ",
-                             "x\n",
-                             "x]=#",
-                             "sixteen_letters_",
-                             "seventeen_letters",
-                             "STANDBY_ARCHIVE"};
-const char* const addresses[] = {"h1", "h2", "h3", "h4", "H1", "h5", "h6",
-                                 "h7", "h8", "h9", "",   " h", "h ", "h\t"};
+std::vector<std::string> split(const char* text) {
+    std::istringstream stream(text);
+    std::vector<std::string> pieces;
+    for (std::string piece; std::getline(stream, piece, '|');)
+        pieces.push_back(piece);
+    return pieces;
+}
 
-template <size_t Size>
-std::string one_of(choices& from, const char* const (&texts)[Size]) {
-    return texts[from.below(Size)];
+const auto names = split(
+    "N1|N2|N3|N4|N5|N6|N7|N8|N9|N10|N11|N12|N13|N14|N15|N16|N17|n3|n12|N18|N19|N20|N21|N22|me|a/b||"
+    " x|arch1|x |x\n|x]=#|sixteen_letters_|seventeen_letters|STANDBY_ARCHIVE");
+const auto addresses = split("h1|h2|h3|h4|H1|h5|h6|h7|h8|h9|| h|h |h\t");
+
+std::string one_of(choices& from, const std::vector<std::string>& texts) {
+    return texts[from.below(static_cast<ulint>(texts.size()))];
 }
 
 std::string some_name(choices& from) {

@@ -1,6 +1,7 @@
 // Running a scenario: expanding arguments and input, and comparing what each command prints.
 #include "support/scenario.h"
 
+#include <errno.h>
 #include <gtest/gtest.h>
 #include <kq_fault.h>
 #include <stdlib.h>
@@ -167,6 +168,16 @@ std::string observed(line_list printed, line_list logged, line_list results) {
     return text;
 }
 
+// What a call left that no call may leave, whatever it returned.
+line_list faults_of(const command_context& context) KQ_NO_THREAD_ANALYSIS {
+    line_list faults = {list_fault(arch_cfg_sys), list_fault(context.own_registry)};
+    int lock = pthread_mutex_trylock(&arch_cfg_sys.mutex.the_mutex);
+    if (lock == 0) pthread_mutex_unlock(&arch_cfg_sys.mutex.the_mutex);
+    if (lock == EBUSY || lock == EDEADLK) faults.push_back("the lock is held");
+    std::erase(faults, "");
+    return faults;
+}
+
 std::string run_step(const step& each, command_context& context) {
     std::vector<std::string> words = split_command(each.command);
     if (words[0] == "define") {
@@ -178,9 +189,8 @@ std::string run_step(const step& each, command_context& context) {
     command_function command = find_command(words[0]);
     output_capture capture(context.instance.error_log());
     line_list results = lines_of(visible(command(context)));
-    for (const arch_cfg_sys_t* registry : {&arch_cfg_sys, &context.own_registry}) {
-        if (std::string fault = list_fault(*registry); !fault.empty()) results.push_back(fault);
-    }
+    for (const std::string& fault : faults_of(context))
+        results.push_back(fault);
     return observed(lines_of(capture.printed()), lines_of(capture.logged()), results);
 }
 
