@@ -1,6 +1,6 @@
 #include "registry/reading.h"
 
-#include "registry/registry.h"
+#include "registry/answers.h"
 
 namespace arch {
 namespace {
@@ -20,26 +20,31 @@ reading_index::~reading_index() {
 
 reading_index* reading_index::of(const arch_cfg_sys_t& registry) {
     if (in_progress == nullptr || &registry != &arch_cfg_sys) return nullptr;
-    const bool knows = !in_progress->gave_up_ && in_progress->names_.is_complete() &&
-                       in_progress->destinations_.is_complete();
+    const bool knows = !in_progress->gave_up_ && in_progress->texts_.is_complete();
     return knows ? in_progress : nullptr;
 }
 
 void reading_index::append(const arch_cfg_t& arch) {
-    if (current_section_ != nullptr) destinations_.add(*current_section_);
-    names_.add(text_in(arch.name), arch);
+    if (current_section_ != nullptr)
+        (void)any_answer(*current_section_, [&](const auto& field) {
+            texts_.add(text_in(field), *current_section_);
+            return false;
+        });
+    texts_.add(text_in(arch.name), arch);
     current_section_ = &arch;
 }
 
 bool reading_index::has_section(const schar* name) const {
-    return names_.contains(name,
+    return texts_.contains(name,
                            [=](const arch_cfg_t& arch) { return same_text(arch.name, name); });
 }
 
 bool reading_index::has_destination(std::string_view text, const arch_cfg_t* except) const {
-    const bool looks_at_current = current_section_ != nullptr && current_section_ != except;
-    return (looks_at_current && answers_to(*current_section_, folded_text(text.data()))) ||
-           destinations_.contains(text, except);
+    const auto matches = [=](const arch_cfg_t& arch) {
+        return &arch != except && answers_to(arch, folded_text(text.data()));
+    };
+    return (current_section_ != nullptr && matches(*current_section_)) ||
+           texts_.contains(text, matches);
 }
 
 bool section_exists(const arch_cfg_sys_t& registry, const schar* name) {

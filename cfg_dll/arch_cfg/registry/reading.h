@@ -7,7 +7,7 @@
 #ifndef ARCH_REGISTRY_READING_H
 #define ARCH_REGISTRY_READING_H
 
-#include "registry/destination_index.h"
+#include "registry/text_index.h"
 
 namespace arch {
 
@@ -37,8 +37,8 @@ class reading_index {
     bool has_destination(std::string_view text, const arch_cfg_t* except) const;
 
   private:
-    text_index names_;
-    destination_index destinations_;  // of all sections but the current one
+    // The names of all sections, and what all but the current one answer to.
+    text_index texts_;
     const arch_cfg_t* current_section_ = nullptr;
     bool gave_up_ = false;
 };

@@ -2,7 +2,7 @@
 #include <cstring>
 
 #include "arch_cfg.h"
-#include "common/text.h"
+#include "common/folded_text.h"
 #include "registry/registry.h"
 
 using namespace arch;
@@ -17,7 +17,7 @@ namespace {
 
 struct type_name {
     ulint type;
-    const schar* name;
+    std::string_view name;
 };
 
 // The first name of a type is the one that is written.
@@ -40,13 +40,15 @@ schar* constant_text(const schar* text) {
 
 schar* arch_cfg_get_arch_name_by_type(ulint arch_type) {
     for (const type_name& row : type_names)
-        if (row.type == arch_type) return constant_text(row.name);
+        if (row.type == arch_type) return constant_text(row.name.data());
     return constant_text("NONE");
 }
 
-ulint arch_cfg_get_arch_type_by_name(const schar* name) {
-    for (const type_name& row : type_names)
-        if (same_text(row.name, name)) return row.type;
+ulint arch_cfg_get_arch_type_by_name(const schar* type_name) {
+    if (type_name == nullptr) return ARCH_TYPE_NONE;
+    const std::string_view sought = type_name;
+    for (const auto& row : type_names)
+        if (same_text(row.name, sought)) return row.type;
     return ARCH_TYPE_NONE;
 }
 
