@@ -111,7 +111,7 @@ std::string fault(const command_context& context) {
     return "ok";
 }
 
-kqcode_t start_up(const command_context& context) {
+kqcode_t start_up(const command_context& context, ulint valid_chk = 1) {
     const std::string* path = nullptr;
     std::string given;
     for (const std::string& each : context.arguments) {
@@ -123,7 +123,7 @@ kqcode_t start_up(const command_context& context) {
     arch_cfg_sys_destroy();
     return arch_cfg_sys_init_with_check(
         path ? path->c_str() : nullptr, context.option("timer_chk", 1),
-        context.option("valid_chk", 1), context.option("asm_path_chk", 1));
+        context.option("valid_chk", valid_chk), context.option("asm_path_chk", 1));
 }
 
 // start [path=PATH] [timer_chk=0] [valid_chk=0] [asm_path_chk=0] starts up from what there is.
@@ -135,6 +135,12 @@ std::string start(const command_context& context) {
 std::string load(const command_context& context) {
     write_file("kqarch.ini", context.input);
     return code_text(start_up(context));
+}
+
+// read is load without the check of the whole.
+std::string read(const command_context& context) {
+    write_file("kqarch.ini", context.input);
+    return code_text(start_up(context, 0));
 }
 
 std::string written_text() {
@@ -167,6 +173,7 @@ const command_table& file_commands() {
         {"fault", fault},
         {"start", start},
         {"load", load},
+        {"read", read},
         {"write", write},
     };
     return table;

@@ -67,12 +67,27 @@ std::vector<std::string> split_command(const std::string& line) {
     return words;
 }
 
+// The key of a value that stands in a section without one.
+std::string key_of(size_t position, const std::string& type) {
+    static const char* const keys[] = {"ARCH_TYPE", "ARCH_DEST"};
+    if (position < 2) return keys[position];
+    return type == "REMOTE" ? "ARCH_INCOMING_PATH" : "ARCH_TIMER_NAME";
+}
+
 std::string expand_section(const std::string& line) {
-    static const std::regex section(R"(^(\[[^\]]*\])((?: +[^ =]+=\S*)+)$)");
-    static const std::regex key(R"( +([^ =]+)=(\S*))");
+    static const std::regex section(R"(^(\[[^\]]*\])((?: [^ #]+)+)$)");
     std::smatch match;
     if (!std::regex_match(line, match, section)) return line + "\n";
-    return match[1].str() + std::regex_replace(match[2].str(), key, "\n$1 = $2") + "\n";
+    std::vector<std::string> words = split(match[2], " ");
+    std::string text = match[1].str() + "\n";
+    for (size_t i = 1; i < words.size(); i++) {
+        size_t equals = words[i].find('=');
+        text += equals == std::string::npos
+                    ? key_of(i - 1, words[1]) + " = " + words[i]
+                    : words[i].substr(0, equals) + " = " + words[i].substr(equals + 1);
+        text += "\n";
+    }
+    return text;
 }
 
 std::string expand_input(const std::string& input, const definitions& defined);

@@ -22,10 +22,11 @@
 // (A|B|C) in a row makes it a row for each of these texts, one after the other. What is expected is
 // the same for all, with {} for the text where it comes back, or stands there for each: "X | Y | Z".
 //
-// A command's input follows on lines that two blanks indent, or after " < ", with "; " between its
-// lines. In arguments and input {TEXT*N} is TEXT N times, \xNN a byte; an argument may stand in
+// A command's input follows on lines that two blanks indent, or after " < "; "; " ends a line of it
+// too. In arguments and input {TEXT*N} is TEXT N times, \xNN a byte; an argument may stand in
 // double quotes. A line of input may also be
-//     [NAME] KEY=VALUE KEY=VALUE   a section and its keys (values without blanks)
+//     [NAME] TYPE DEST KEY=VALUE   a section and its keys (values without blanks); behind DEST may
+//                                  stand the path of a REMOTE, the timer of another
 //     repeat FROM TO LINE          LINE with each number from FROM to TO for {i}
 //     include NAME                 the input of an earlier "define NAME"
 // Lines that start with "#" are comments. With SCENARIO_REWRITE=1 in the environment, what is

@@ -15,13 +15,16 @@ bool starts_with(const std::string& line, const std::string& start) {
     return line.rfind(start, 0) == 0;
 }
 
+std::string input_lines(const std::string& text) {
+    std::string lines;
+    for (const std::string& line : split(text, "; "))
+        lines += line + "\n";
+    return lines;
+}
+
 step read_step(const std::string& text) {
     size_t mark = text.find(" < ");
-    step read{text.substr(0, mark), ""};
-    if (mark == text.npos) return read;
-    for (const std::string& line : split(text.substr(mark + 3), "; "))
-        read.input += line + "\n";
-    return read;
+    return {text.substr(0, mark), mark == text.npos ? "" : input_lines(text.substr(mark + 3))};
 }
 
 row read_row(int number, const std::string& before, const std::string& line) {
@@ -79,7 +82,7 @@ std::vector<step> steps_of(const std::string& text) {
     for (const std::string& each : split(line, " && "))
         steps.push_back(read_step(each));
     while (std::getline(lines, line))
-        steps.back().input += line.substr(input_indent.size()) + "\n";
+        steps.back().input += input_lines(line.substr(input_indent.size()));
     return steps;
 }
 
