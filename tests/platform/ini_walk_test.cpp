@@ -144,17 +144,4 @@ TEST(arch_reader, says_what_was_refused_and_never_a_value) {
     EXPECT_EQ(ini_read_other_info_for_posix("kqarch.ini", 1), -802);
 }
 
-TEST(arch_reader, gives_keys_to_the_section_above) {
-    instance_directory directory;
-    ASSERT_EQ(directory.open(), 0);
-    write_file("kqarch.ini",
-               "RAFT_SELF_ID = 7\n[one]\nARCH_TYPE = LOCAL\n[two]\nARCH_TYPE = ASYNC\n");
-    ASSERT_EQ(ini_read_other_info_for_posix("kqarch.ini", INI_READ_ARCH), 0);
-    test_support::registry_lock hold;
-    EXPECT_EQ(arch_cfg_sys.raft_self_id, 7u);
-    ASSERT_EQ(arch_cfg_sys.arch_lst.count, 2u);
-    EXPECT_EQ(arch_cfg_sys.arch_lst.start->type, ARCH_TYPE_LOCAL);
-    EXPECT_EQ(arch_cfg_sys.arch_lst.end->type, ARCH_TYPE_ASYNC);
-}
-
 }  // namespace
