@@ -4,6 +4,7 @@
 
 #include "clause.h"
 #include "instance.h"
+#include "settings.h"
 #include "target.h"
 #include "text.h"
 
@@ -69,7 +70,7 @@ std::string user_of(const parsed_clause& clause) {
     std::string path = target{remote ? clause.record.timer_name : clause.dest}.text();
     registry_hold hold;
     for (const arch_cfg_t* arch = arch_cfg_sys.arch_lst.start; arch; arch = arch->link.next) {
-        bool stores = arch->type == ARCH_TYPE_LOCAL || arch->type == ARCH_TYPE_REMOTE;
+        bool stores = has_directory(arch->type);
         if (stores && same_text(arch->dest, path))
             return std::string("section [") + arch->name + "] uses " + path + " already";
         if (arch->type == ARCH_TYPE_REMOTE && same_text(arch->timer_name, clause.dest))

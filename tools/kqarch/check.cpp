@@ -11,6 +11,7 @@
 #include "instance.h"
 #include "loading.h"
 #include "osfile.h"
+#include "settings.h"
 #include "text.h"
 
 namespace {
@@ -116,9 +117,9 @@ class checker {
         registry_hold hold;
         std::vector<missing_directory> missing;
         for (arch_cfg_t* arch = arch_cfg_sys.arch_lst.start; arch; arch = arch->link.next) {
-            bool has_directory = arch->type == ARCH_TYPE_LOCAL || arch->type == ARCH_TYPE_REMOTE;
             bool unseen = os_file_path_is_asm(arch->dest) != 0 && !options_.rules.asm_paths;
-            if (has_directory && !unseen && arch->dest[0] != '\0' && !os_dir_is_exist(arch->dest))
+            if (has_directory(arch->type) && !unseen && arch->dest[0] != '\0' &&
+                !os_dir_is_exist(arch->dest))
                 missing.push_back({arch->name, arch->dest});
         }
         return missing;

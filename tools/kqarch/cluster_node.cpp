@@ -57,7 +57,7 @@ raft_member member_of(const arch_cfg_t& arch) {
 }
 
 void describe_destination(const arch_cfg_t& arch, cluster_node& node) {
-    if (arch.type == ARCH_TYPE_LOCAL || arch.type == ARCH_TYPE_REMOTE)
+    if (has_directory(arch.type))
         node.places.push_back(place_of(arch, node));
     else if (is_member(arch))
         node.members.push_back(member_of(arch));

@@ -2,6 +2,7 @@
 
 #include "arch_cfg.h"
 #include "capture.h"
+#include "settings.h"
 #include "text.h"
 
 kqcode_t config_file::read(std::string path) {
@@ -92,8 +93,7 @@ void config_file::learn_passwords() {
         if (looks_like_subscriber(line)) subscriber_sections_.insert(line.section_line);
         if (line.kind != KQ_INI_KEY || !same_text(line.key, "ARCH_TYPE")) continue;
         ulint type = arch_cfg_get_arch_type_by_name(line.value.c_str());
-        if (type == ARCH_TYPE_LOCAL || type == ARCH_TYPE_REMOTE)
-            path_sections_.insert(line.section_line);
+        if (has_directory(type)) path_sections_.insert(line.section_line);
     }
     std::vector<std::string> texts = split(text(), '\n');
     for (const config_line& line : lines_) {

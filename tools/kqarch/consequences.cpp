@@ -7,15 +7,12 @@
 #include "instance.h"
 #include "osfile.h"
 #include "password.h"
+#include "settings.h"
 #include "text.h"
 
 namespace {
 
 using sentences = std::vector<std::string>;
-
-bool has_directory(ulint type) {
-    return type == ARCH_TYPE_LOCAL || type == ARCH_TYPE_REMOTE;
-}
 
 std::vector<std::string> instances_of(const arch_cfg_t& arch) {
     if (arch.type == ARCH_TYPE_REMOTE) return {arch.timer_name};

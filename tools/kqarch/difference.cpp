@@ -25,10 +25,6 @@ std::string trimmed(const std::string& text) {
     return text.substr(begin, text.find_last_not_of(" \t\r") - begin + 1);
 }
 
-bool is_comment(const std::string& line) {
-    return line.starts_with('#') || line.starts_with(';');
-}
-
 // A path or a connection text, or something that is said to be a password.
 bool may_hold_password(const std::string& comment) {
     if (comment.find_first_of("/@") != comment.npos) return true;

@@ -10,6 +10,7 @@
 
 #include "catalogue.h"
 #include "osfile.h"
+#include "settings.h"
 #include "text.h"
 
 namespace {
@@ -33,10 +34,9 @@ ulint home_of(const config_line& line) {
     return entry != nullptr && entry->scope == key_scope::global ? 0 : line.section_line;
 }
 
-bool has_directory(const arch_cfg_t& arch) {
+bool is_directory_here(const arch_cfg_t& arch) {
     bool of_this_machine = !os_file_path_is_asm(arch.dest) && !os_file_path_is_dfs(arch.dest);
-    return (arch.type == ARCH_TYPE_LOCAL || arch.type == ARCH_TYPE_REMOTE) && of_this_machine &&
-           arch.dest[0] != '\0';
+    return has_directory(arch.type) && of_this_machine && arch.dest[0] != '\0';
 }
 
 // With links followed as far as it exists.
@@ -89,7 +89,7 @@ std::vector<diagnostic> doubts_of_twins(const config_file& file) KQ_REQUIRES(arc
     std::vector<diagnostic> doubts;
     std::map<std::string, const arch_cfg_t*> seen;
     for (const arch_cfg_t* arch = arch_cfg_sys.arch_lst.start; arch; arch = arch->link.next) {
-        std::string path = has_directory(*arch) ? real_directory(*arch) : "";
+        std::string path = is_directory_here(*arch) ? real_directory(*arch) : "";
         auto [found, is_new] = seen.emplace(path, arch);
         bool same_path = same_text(arch->dest, found->second->dest);
         if (!is_new && !path.empty() && !same_path)
@@ -152,8 +152,7 @@ std::vector<diagnostic> doubts_of_registry(const instance& open, const config_fi
                                     "archived",
                                     "Add a LOCAL destination, or set ARCH_FLAG = 0 in kq.ini."));
     for (const arch_cfg_t* arch = arch_cfg_sys.arch_lst.start; arch; arch = arch->link.next)
-        if ((arch->type == ARCH_TYPE_LOCAL || arch->type == ARCH_TYPE_REMOTE) &&
-            is_relative(arch->dest))
+        if (has_directory(arch->type) && is_relative(arch->dest))
             doubts.push_back(doubt_of_path(*arch, file));
     return doubts;
 }

@@ -6,17 +6,14 @@
 #include "instance.h"
 #include "loading.h"
 #include "osfile.h"
+#include "settings.h"
 #include "text.h"
 #include "validation.h"
 
 namespace {
 
-bool is_comment(const std::string& line) {
-    return line.starts_with('#') || line.starts_with(';');
-}
-
 text_place place_of(ulint type) {
-    if (type == ARCH_TYPE_LOCAL || type == ARCH_TYPE_REMOTE) return text_place::path;
+    if (has_directory(type)) return text_place::path;
     return type == ARCH_TYPE_SUBSCRIBE ? text_place::subscriber : text_place::other;
 }
 

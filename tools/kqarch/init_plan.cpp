@@ -18,7 +18,7 @@ std::string lines_of(const settings& rows) {
     return text;
 }
 
-std::string section(const std::string& name, const settings& rows) {
+std::string section_text(const std::string& name, const settings& rows) {
     return "[" + name + "]\n" + lines_of(rows) + "\n";
 }
 
@@ -58,23 +58,23 @@ settings directory_rows(const std::string& type, const std::string& key,
 std::string local_section(const std::string& directory) {
     settings rows = directory_rows("LOCAL", "ARCH_DEST", directory);
     rows.emplace_back("ARCH_HANG_FLAG", "1");
-    return section("ARCHIVE_LOCAL1", rows);
+    return section_text("ARCHIVE_LOCAL1", rows);
 }
 
 // The nodes share their archives: what another node archives to is its incoming path here.
 std::string remote_section(int peer, const std::string& directory) {
     settings rows = directory_rows("REMOTE", "ARCH_INCOMING_PATH", directory);
     rows.emplace(rows.begin() + 1, "ARCH_DEST", instance_name(peer));
-    return section("ARCH_REMOTE1", rows);
+    return section_text("ARCH_REMOTE1", rows);
 }
 
 std::string raft_section(int peer) {
-    return section("RAFT_" + instance_name(peer),
-                   {{"ARCH_TYPE", "RAFT"},
-                    {"ARCH_DEST", instance_name(peer)},
-                    {"ARCH_DEST_IP", "127.0.0.1"},
-                    {"ARCH_DEST_PORT", number(first_link_port + peer - 1)},
-                    {"ARCH_DEST_ID", number(peer)}});
+    return section_text("RAFT_" + instance_name(peer),
+                        {{"ARCH_TYPE", "RAFT"},
+                         {"ARCH_DEST", instance_name(peer)},
+                         {"ARCH_DEST_IP", "127.0.0.1"},
+                         {"ARCH_DEST_PORT", number(first_link_port + peer - 1)},
+                         {"ARCH_DEST_ID", number(peer)}});
 }
 
 // The server writes an empty line behind the destination of a standby.
@@ -85,32 +85,33 @@ std::string realtime_section(int standby) {
 }
 
 std::string async_section(int standby) {
-    return section("ARCHIVE_ASYNC1", {{"ARCH_TYPE", "ASYNC"},
-                                      {"ARCH_DEST", instance_name(standby)},
-                                      {"ARCH_TIMER_NAME", "NIGHTLY"},
-                                      {"ARCH_SEND_DELAY", "0"}});
+    return section_text("ARCHIVE_ASYNC1", {{"ARCH_TYPE", "ASYNC"},
+                                           {"ARCH_DEST", instance_name(standby)},
+                                           {"ARCH_TIMER_NAME", "NIGHTLY"},
+                                           {"ARCH_SEND_DELAY", "0"}});
 }
 
 std::string mal_file(int instances) {
     std::string text = "# The instances that talk to each other.\n";
     for (int node = 1; node <= instances; ++node)
-        text +=
-            section("MAL_INST" + number(node), {{"MAL_INST_NAME", instance_name(node)},
-                                                {"MAL_INST_HOST", "127.0.0.1"},
-                                                {"MAL_INST_PORT", number(first_port + node - 1)},
-                                                {"MAL_HOST", "127.0.0.1"},
-                                                {"MAL_PORT", number(first_link_port + node - 1)}});
+        text += section_text("MAL_INST" + number(node),
+                             {{"MAL_INST_NAME", instance_name(node)},
+                              {"MAL_INST_HOST", "127.0.0.1"},
+                              {"MAL_INST_PORT", number(first_port + node - 1)},
+                              {"MAL_HOST", "127.0.0.1"},
+                              {"MAL_PORT", number(first_link_port + node - 1)}});
     return text;
 }
 
 std::string cluster_file(int nodes) {
     std::string text = "# The nodes of the shared-storage cluster.\n";
     for (int node = 1; node <= nodes; ++node)
-        text += section(instance_name(node), {{"DCR_SEQNO", number(node - 1)},
-                                              {"EP_SEQNO", number(node - 1)},
-                                              {"STATE", "OK"},
-                                              {"EP_HOST", "127.0.0.1"},
-                                              {"EP_LSNR_PORT", number(first_port + node - 1)}});
+        text +=
+            section_text(instance_name(node), {{"DCR_SEQNO", number(node - 1)},
+                                               {"EP_SEQNO", number(node - 1)},
+                                               {"STATE", "OK"},
+                                               {"EP_HOST", "127.0.0.1"},
+                                               {"EP_LSNR_PORT", number(first_port + node - 1)}});
     return text;
 }
 

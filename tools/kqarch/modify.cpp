@@ -7,13 +7,10 @@
 #include "clause.h"
 #include "instance.h"
 #include "os.h"
+#include "settings.h"
 #include "utl.h"
 
 namespace {
-
-bool has_directory(ulint type) {
-    return type == ARCH_TYPE_LOCAL || type == ARCH_TYPE_REMOTE;
-}
 
 bool waits(ulint type) {
     return type == ARCH_TYPE_REALTIME || type == ARCH_TYPE_TIMELY;

@@ -4,6 +4,7 @@
 #include "hints.h"
 #include "ini.h"
 #include "instance.h"
+#include "settings.h"
 #include "text.h"
 
 namespace {
@@ -21,7 +22,7 @@ usint type_of(const refusal& refused) {
 }
 
 size_t longest_value(const refusal& refused) {
-    bool path = type_of(refused) == ARCH_TYPE_LOCAL || type_of(refused) == ARCH_TYPE_REMOTE;
+    bool path = has_directory(type_of(refused));
     return path ? KQ_PATHNAME_MAX : KQ_SYSNAME_MAX;
 }
 

@@ -36,10 +36,6 @@ std::string instance_list(const arch_cfg_t& arch) {
     return join(names, "/");
 }
 
-bool has_directory(const arch_cfg_t& arch) {
-    return arch.type == ARCH_TYPE_LOCAL || arch.type == ARCH_TYPE_REMOTE;
-}
-
 }  // namespace
 
 std::vector<setting> global_settings() {
@@ -81,7 +77,7 @@ std::string destination_of(const arch_cfg_t& arch) {
 }
 
 std::vector<setting> sizes_of(const arch_cfg_t& arch) {
-    if (!has_directory(arch)) return {};
+    if (!has_directory(arch.type)) return {};
     setting limit = number("space limit", "space_limit_mb", arch.space_limit, "MB");
     if (arch.space_limit == 0) limit.shown = "unlimited";
     setting buffer = number("flush buffer", "flush_buf_size_mb", arch.flush_buf_size, "MB");

@@ -18,6 +18,11 @@ struct setting {
 // Every global setting, by its key, in the order in which they are written.
 std::vector<setting> global_settings() KQ_REQUIRES(arch_cfg_sys.mutex);
 
+// LOCAL and REMOTE archive into a directory of this machine.
+inline bool has_directory(ulint type) {
+    return type == ARCH_TYPE_LOCAL || type == ARCH_TYPE_REMOTE;
+}
+
 // What ARCH_DEST says: a directory, instance names, or a connection text.
 std::string destination_of(const arch_cfg_t& arch);
 

@@ -12,6 +12,11 @@
 // byte that is no UTF-8 shown as \xNN: it keeps to one line and cannot steer a terminal.
 std::string visible(std::string_view text);
 
+// Of a line of kqarch.ini without the blanks before it.
+inline bool is_comment(std::string_view line) {
+    return line.starts_with('#') || line.starts_with(';');
+}
+
 // The text as one word of a shell's command line, in quotes only where it needs them.
 std::string shell_word(std::string_view text);
 
