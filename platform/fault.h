@@ -18,6 +18,7 @@ enum class fault_point : unsigned {
     file_delete,
     file_copy,
     dir_create,
+    interrupted,
 };
 
 // A bit for each point that is armed.

@@ -13,7 +13,6 @@
 #include "fault.h"
 #include "os.h"
 #include "osfile.h"
-#include "own_calls.h"
 #include "posix_file.h"
 
 using namespace platform;
@@ -87,7 +86,7 @@ bool copy_file(const schar* source, const schar* target, bool replace) {
     std::string name(std::string_view(target).substr(std::string_view(target).rfind('/') + 1));
     if (!from || name.empty()) return false;
 
-    unique_fd directory(own_open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    unique_fd directory = open_directory(parent.c_str());
     if (!directory) return false;
     private_name made(directory.get());
     unique_fd to = create_file(directory.get(), made.text());

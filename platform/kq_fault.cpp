@@ -33,7 +33,9 @@ constexpr point_name point_names[] = {
     {"file_delete", bit_of(fault_point::file_delete)},
     {"file_copy", bit_of(fault_point::file_copy)},
     {"dir_create", bit_of(fault_point::dir_create)},
-    {"any", ~0u},
+    {"interrupted", bit_of(fault_point::interrupted)},
+    // Who is interrupted carries on: for good it would not end.
+    {"any", ~bit_of(fault_point::interrupted)},
 };
 
 // Calls still to come until the one that fails; 64 bits, so that it never wraps round.

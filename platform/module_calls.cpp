@@ -28,6 +28,11 @@ bool fails(fault_point point, int error_number) {
     return !own_call::under_way() && fault_here(point, error_number);
 }
 
+// The layer's own calls are interrupted too.
+bool is_interrupted() {
+    return fault_here(fault_point::interrupted, EINTR);
+}
+
 }  // namespace
 
 int __wrap_open(const char* path, int flags, ...) {
@@ -38,24 +43,25 @@ int __wrap_open(const char* path, int flags, ...) {
         mode = va_arg(arguments, mode_t);
         va_end(arguments);
     }
-    if (fails(fault_point::file_open, EACCES)) return -1;
+    if (is_interrupted() || fails(fault_point::file_open, EACCES)) return -1;
     return __real_open(path, flags, mode);
 }
 
 ssize_t __wrap_write(int descriptor, const void* data, size_t size) {
-    if (fails(fault_point::file_write, ENOSPC)) return -1;
+    if (is_interrupted() || fails(fault_point::file_write, ENOSPC)) return -1;
     return __real_write(descriptor, data, size);
 }
 
 int __wrap_fsync(int descriptor) {
-    if (fails(fault_point::file_sync, EIO)) return -1;
+    if (is_interrupted() || fails(fault_point::file_sync, EIO)) return -1;
     return __real_fsync(descriptor);
 }
 
-// A close that reports a loss has closed the file all the same.
+// A close that fails has closed the file all the same.
 int __wrap_close(int descriptor) {
     const bool lost = fails(fault_point::file_close, EIO);
+    const bool interrupted = !own_call::under_way() && is_interrupted();
     const int result = __real_close(descriptor);
-    if (lost) errno = EIO;
-    return lost ? -1 : result;
+    if (lost || interrupted) errno = lost ? EIO : EINTR;
+    return lost || interrupted ? -1 : result;
 }

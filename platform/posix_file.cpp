@@ -77,6 +77,11 @@ unique_fd open_regular_file(const schar* path, std::size_t* size, mode_t* mode) 
     return file;
 }
 
+unique_fd open_directory(const schar* path) {
+    return unique_fd(carry_on_when_interrupted(
+        [=] { return own_open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+}
+
 unique_fd create_file(int directory, const schar* path) {
     if (fault_here(fault_point::file_create, EACCES)) return unique_fd();
     return unique_fd(carry_on_when_interrupted([=] {

@@ -42,6 +42,8 @@ bool is_directory(const schar* path);
 // Anything else, a pipe that nobody writes above all, is refused without waiting for it.
 unique_fd open_regular_file(const schar* path, std::size_t* size, mode_t* mode);
 
+unique_fd open_directory(const schar* path);
+
 // Creates a file for writing, mode 0600, exclusively and never through a symbolic link.
 unique_fd create_file(int directory, const schar* path);
 

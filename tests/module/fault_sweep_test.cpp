@@ -264,7 +264,8 @@ std::map<std::string, std::string> registries() {
 
 const char* const points[] = {"os_malloc",   "mem_malloc_ex", "file_open",  "file_read",
                               "file_write",  "file_sync",     "file_close", "file_create",
-                              "file_delete", "file_copy",     "dir_create", "any"};
+                              "file_delete", "file_copy",     "dir_create", "interrupted",
+                              "any"};
 
 // ---- What must hold afterwards ----
 
@@ -329,6 +330,8 @@ class fault_sweep : public testing::Test {
 
     // All faults of a kind in one call, on the registry of `text`.
     void sweep(const call& each, const char* what, bool for_good) {
+        const bool carries_on = strcmp(what, "interrupted") == 0;
+        if (carries_on && for_good) return;
         bool with_probes = strcmp(what, "file_delete") != 0 && strcmp(what, "any") != 0;
         for (ulint nth = 1, hits = 1; hits > 0; nth++) {
             begin();
@@ -344,7 +347,7 @@ class fault_sweep : public testing::Test {
                 EXPECT_TRUE(left.memory == after.memory && left.disk == after.disk);
             else
                 judge(each, code, left);
-            EXPECT_TRUE(code == plain || hits > 0) << "it failed without a fault";
+            EXPECT_TRUE(code == plain || (hits > 0 && !carries_on)) << "it ought to succeed";
             EXPECT_EQ(list_fault(arch_cfg_sys), "");
             EXPECT_TRUE(is_lock_free());
             EXPECT_EQ(blocks_held(), arch_cfg_sys.arch_lst.count) << "a block leaks";
