@@ -25,6 +25,7 @@ namespace test_support {
 namespace {
 
 std::atomic<ulint> blocks{0};
+ulint level = 0;
 ulint64 last_order = 0;  // guarded by the registry lock
 thread_local watched_call* watched = nullptr;
 
@@ -49,6 +50,10 @@ void point() {
 }
 
 }  // namespace
+
+ulint lock_level() {
+    return level;
+}
 
 ulint blocks_held() {
     return blocks;
@@ -77,6 +82,10 @@ void __wrap_os_free(void* block) {
     __real_os_free(block);
     if (watched != nullptr) watched->block = nullptr;
     point();
+}
+
+void __wrap_os_mutex2_set_level(os_mutex_t*, ulint given) {
+    level = given;
 }
 
 void __wrap_os_thread_sleep_low(ulint) {}

@@ -7,6 +7,9 @@
 
 namespace test_support {
 
+// The level that the registry lock was last given.
+ulint lock_level();
+
 // How many blocks of os_malloc are out.
 ulint blocks_held();
 

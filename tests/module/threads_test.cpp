@@ -47,6 +47,7 @@ void release_unheld() KQ_NO_THREAD_ANALYSIS {
 }
 
 TEST_F(threads, one_that_ends_with_the_lock_does_not_stop_the_others) {
+    EXPECT_EQ(lock_level(), 4294967245u);
     output_capture capture(instance.error_log());
     for (int round = 0; round < 2; round++) {
         std::thread(enter_and_end).join();
