@@ -61,7 +61,7 @@ constexpr const char* graph_footer =
     "archives nothing. REMOTE destinations of several nodes that agree are a line in the box of\n"
     "their directory. SVG needs no other program; DOT and Mermaid are texts for programs that\n"
     "draw. There is no --json: `kqarch peer-check --json` tells the same. Passwords are shown as\n"
-    "***.\n"
+    "***. The exit status is 1 where something drawn is wrong.\n"
     "\nExamples:\n"
     "  kqarch graph db\n"
     "  kqarch graph --format svg node1 node2 >cluster.svg\n"

@@ -40,7 +40,8 @@ constexpr const char* fmt_footer =
     "\nPrints the text of kqarch.ini that the server would write after its next change. A\n"
     "password is printed as ***: do not put that text in the place of the file. --check compares\n"
     "the real text with the file, exits 1 if they differ, and says what a rewrite would lose:\n"
-    "comments, RAFT_LEARNER, ARCH_RECV_PATH and a RAFT_VOTE_INTERVAL of 0.\n"
+    "comments, RAFT_LEARNER, ARCH_RECV_PATH, a RAFT_VOTE_INTERVAL of 0 and keys that the\n"
+    "destination's type does not use.\n"
     "\nExamples:\n"
     "  kqarch fmt db\n"
     "  kqarch fmt --check db\n";

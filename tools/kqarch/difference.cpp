@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <initializer_list>
+#include <map>
 
 #include "catalogue.h"
 #include "diff.h"
@@ -33,11 +34,24 @@ bool may_hold_password(const std::string& comment) {
                                [&](const char* word) { return upper.find(word) != upper.npos; });
 }
 
-bool is_never_written(const config_line& line) {
+// The types of the sections, by the lines of their headers.
+std::map<ulint, ulint> section_types(const config_file& file) {
+    std::map<ulint, ulint> types;
+    for (const config_line& line : file.lines())
+        if (line.kind == KQ_INI_KEY && same_text(line.key, "ARCH_TYPE"))
+            types[line.section_line] = arch_cfg_get_arch_type_by_name(line.value.c_str());
+    return types;
+}
+
+bool is_never_written(const config_line& line, const std::map<ulint, ulint>& types) {
     const key_entry* entry = line.kind == KQ_INI_KEY ? find_key(line.key) : nullptr;
     if (entry == nullptr) return false;
+    auto type = types.find(line.section_line);
+    bool of_its_type = entry->scope == key_scope::global || type == types.end() ||
+                       (entry->types & type_bit(type->second)) != 0;
     bool zero = std::strtoul(line.value.c_str(), nullptr, 0) == 0;
-    return !entry->written_back || (entry->index == ini_index_raft_vote_interval && zero);
+    return !entry->written_back || !of_its_type ||
+           (entry->index == ini_index_raft_vote_interval && zero);
 }
 
 }  // namespace
@@ -59,8 +73,9 @@ std::vector<lost_line> difference::lost() const {
         else
             lost.push_back({static_cast<ulint>(i + 1), "the comment: " + shown_comment(line)});
     }
+    std::map<ulint, ulint> types = section_types(before_);
     for (const config_line& line : before_.lines()) {
-        if (is_never_written(line))
+        if (is_never_written(line, types))
             lost.push_back(
                 {line.number, upper_case(line.key) + " = " + passwords_.hide(visible(line.value))});
         else if (line.kind == KQ_INI_SECTION && before_.key_line(line.key, "ARCH_TYPE") == 0)

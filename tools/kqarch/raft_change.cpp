@@ -112,11 +112,9 @@ class raft_changer {
         change_.remarks = group_consequences(before_, after_);
         change_.remarks.emplace_back(row_.advice);
         if (!drops_learner_key()) return;
-        change_.remarks.push_back("RAFT_LEARNER is never written back: this node is " +
-                                  std::string(request_.action == raft_action::clear
-                                                  ? "in no group"
-                                                  : "a voter from its next start") +
-                                  " on.");
+        std::string role = request_.action == raft_action::clear ? "in no group" : "a voter";
+        change_.remarks.push_back("RAFT_LEARNER is never written back: this node is " + role +
+                                  " from its next start on.");
     }
 
     bool names_self() const {
