@@ -18,23 +18,12 @@ namespace {
     throw std::system_error(errno, std::generic_category(), what);
 }
 
-// Points one descriptor at another for as long as it lives.
-class redirection {
-  public:
-    redirection(int descriptor, int target) : descriptor_(descriptor), saved_(dup(descriptor)) {
-        if (saved_ < 0 || dup2(target, descriptor) < 0) throw_error("cannot redirect the output");
-    }
-    ~redirection() {
-        dup2(saved_, descriptor_);
-        close(saved_);
-    }
-    redirection(const redirection&) = delete;
-    redirection& operator=(const redirection&) = delete;
+memory_file& said() {
+    static memory_file file;
+    return file;
+}
 
-  private:
-    int descriptor_;
-    int saved_;
-};
+bool is_taken = false;
 
 std::string one_line(const std::string& text) {
     std::vector<std::string> lines;
@@ -100,18 +89,35 @@ void memory_file::fill(std::string_view text) {
     }
 }
 
-captured capture(const std::function<kqcode_t()>& call) {
-    static memory_file said;
-    said.clear();
+output_taken::output_taken() {
+    if (is_taken) return;
+    said().clear();
     flush_streams();
-    captured result{};
-    {
-        redirection output(STDOUT_FILENO, said.descriptor());
-        redirection errors(STDERR_FILENO, said.descriptor());
-        result.code = call();
-        flush_streams();
-    }
-    result.said = one_line(said.content());
+    output_ = dup(STDOUT_FILENO);
+    errors_ = dup(STDERR_FILENO);
+    if (output_ < 0 || errors_ < 0 || dup2(said().descriptor(), STDOUT_FILENO) < 0 ||
+        dup2(said().descriptor(), STDERR_FILENO) < 0)
+        throw_error("cannot redirect the output");
+    is_taken = true;
+}
+
+output_taken::~output_taken() {
+    if (output_ < 0) return;
+    flush_streams();
+    dup2(output_, STDOUT_FILENO);
+    dup2(errors_, STDERR_FILENO);
+    close(output_);
+    close(errors_);
+    is_taken = false;
+}
+
+captured capture(const std::function<kqcode_t()>& call) {
+    output_taken taken;
+    captured result{call(), {}};
+    flush_streams();
+    if (lseek(said().descriptor(), 0, SEEK_CUR) == 0) return result;
+    result.said = one_line(said().content());
+    said().clear();
     return result;
 }
 

@@ -15,6 +15,20 @@ struct captured {
     std::string said;  // what was printed, its lines joined with "; "; often empty
 };
 
+// Takes what is printed for as long as it lives. Around many captures it saves each of them the
+// redirection, which costs more than most calls.
+class output_taken {
+  public:
+    output_taken();
+    ~output_taken();
+    output_taken(const output_taken&) = delete;
+    output_taken& operator=(const output_taken&) = delete;
+
+  private:
+    int output_ = -1;  // where it went before; negative inside another
+    int errors_ = -1;
+};
+
 // Calls `call` with both descriptors redirected. Throws std::system_error when that is impossible.
 captured capture(const std::function<kqcode_t()>& call);
 

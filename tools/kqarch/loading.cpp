@@ -78,6 +78,7 @@ class loader {
 
 std::vector<diagnostic> load(const config_file& file) {
     loader loading(file);
+    output_taken taken;
     for (const config_line& line : file.lines())
         loading.take(line);
     return std::move(loading).refused();
