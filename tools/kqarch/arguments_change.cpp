@@ -1,3 +1,4 @@
+#include <limits>
 #include <memory>
 #include <utility>
 
@@ -62,7 +63,7 @@ constexpr const char* backup_footer =
 constexpr const char* backups_footer =
     "\nLists the backups with their time, size in bytes and destinations, and says of each "
     "whether\n"
-    "the server would start with it.\n"
+    "the server would start with it; one of more than 256 KB is not looked at.\n"
     "\nExamples:\n"
     "  kqarch backups db\n"
     "  kqarch backups --json db | jq '.backups[] | select(.would_start).number'\n";
@@ -172,7 +173,9 @@ void add_restore(command_line& commands) {
                                      std::string(how_changes_go) + restore_examples,
                                      [given](output& out) { return run_restore(*given, out); });
     add_directory(restore, given->directory);
-    restore.add_option("LSN", given->number, "The number of the backup to bring back")->required();
+    restore.add_option("LSN", given->number, "The number of the backup to bring back")
+        ->required()
+        ->check(CLI::Range(lint64{0}, std::numeric_limits<lint64>::max()));
     add_change_options(restore, *given);
 }
 
@@ -183,7 +186,9 @@ void add_backup_delete(command_line& commands) {
         commands.add("backup-delete", "Delete a backup", backup_delete_footer,
                      [=](output& out) { return run_backup_delete(*directory, *number, out); });
     add_directory(backup_delete, *directory);
-    backup_delete.add_option("LSN", *number, "The number of the backup")->required();
+    backup_delete.add_option("LSN", *number, "The number of the backup")
+        ->required()
+        ->check(CLI::Range(lint64{0}, std::numeric_limits<lint64>::max()));
 }
 
 void add_journal(command_line& commands) {

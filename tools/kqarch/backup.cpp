@@ -19,17 +19,34 @@ namespace fs = std::filesystem;
 constexpr std::string_view prefix = "kqarch_bak_";
 constexpr std::string_view ending = ".log";
 
-// The number in a name that the module would write, and in no other.
+// How many backups are tried for one to go back to.
+constexpr size_t tries = 5;
+
+bool is_like_backup(const std::string& name) {
+    return name.size() >= prefix.size() + ending.size() && name.starts_with(prefix) &&
+           name.ends_with(ending);
+}
+
+// The number in a name that a backup command would write, and in no other.
 std::optional<lint64> number_in(const std::string& name) {
-    if (!name.starts_with(prefix) || !name.ends_with(ending)) return std::nullopt;
+    if (!is_like_backup(name)) return std::nullopt;
     lint64 number = 0;
     (void)std::from_chars(name.data() + prefix.size(), name.data() + name.size(), number);
-    if (backup_name(number) != name) return std::nullopt;
+    if (number < 0 || backup_name(number) != name) return std::nullopt;
     return number;
 }
 
+std::vector<std::string> names_in(const std::string& directory) {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (fs::directory_iterator at(directory, error), end; !error && at != end; at.increment(error))
+        names.push_back(at->path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
 lint64 free_number(const std::vector<lint64>& taken) {
-    lint64 highest = taken.empty() ? 0 : std::max<lint64>(taken.back(), 0);
+    lint64 highest = taken.empty() ? 0 : taken.back();
     if (highest < std::numeric_limits<lint64>::max()) return highest + 1;
     while (std::binary_search(taken.begin(), taken.end(), highest))
         --highest;
@@ -49,18 +66,40 @@ std::string backup_name(lint64 number) {
 
 std::vector<lint64> backups_in(const std::string& directory) {
     std::vector<lint64> numbers;
-    std::error_code error;
-    for (fs::directory_iterator at(directory, error), end; !error && at != end; at.increment(error))
-        if (std::optional<lint64> number = number_in(at->path().filename().string()))
-            numbers.push_back(*number);
+    for (const std::string& name : names_in(directory))
+        if (std::optional<lint64> number = number_in(name)) numbers.push_back(*number);
     std::sort(numbers.begin(), numbers.end());
     return numbers;
+}
+
+std::vector<std::string> mistaken_for_backups(const std::string& directory) {
+    std::vector<std::string> names = names_in(directory);
+    std::erase_if(names, [](const std::string& name) {
+        return !is_like_backup(name) || number_in(name).has_value();
+    });
+    return names;
+}
+
+bool is_no_file(const std::string& path) {
+    struct stat status {};
+    return lstat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode) &&
+           !S_ISLNK(status.st_mode);
+}
+
+std::uintmax_t size_of(const std::string& path) {
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 ? static_cast<std::uintmax_t>(status.st_size) : 0;
 }
 
 std::optional<lint64> number_for_backup(const instance& open, std::optional<lint64> asked,
                                         bool replace, output& out) {
     std::vector<lint64> taken = backups_in(open.directory());
     lint64 number = asked ? *asked : free_number(taken);
+    if (is_no_file(open.file(backup_name(number)))) {
+        out.fail(exit_refused, "is no regular file", open.file(backup_name(number)),
+                 "Give another number with --lsn.");
+        return std::nullopt;
+    }
     if (replace || !std::binary_search(taken.begin(), taken.end(), number)) return number;
     out.fail(exit_refused, "this backup exists already", open.file(backup_name(number)),
              "Give another number with --lsn, or --replace-backup to replace it.");
@@ -101,9 +140,13 @@ bool looks_cut_short(const config_file& file) {
 namespace {
 
 std::optional<lint64> best_of(const std::vector<lint64>& numbers, const instance& open) {
-    for (auto number = numbers.rbegin(); number != numbers.rend(); ++number) {
+    size_t tried = 0;
+    for (auto number = numbers.rbegin(); number != numbers.rend() && tried < tries; ++number) {
+        std::string path = open.file(backup_name(*number));
+        if (size_of(path) > largest_backup_to_load) continue;
+        ++tried;
         config_file file;
-        bool readable = file.read(open.file(backup_name(*number))) >= 0;
+        bool readable = file.read(path) >= 0;
         if (readable && !file.lines().empty() && start_up(file).code >= 0) return *number;
     }
     return std::nullopt;
@@ -124,9 +167,19 @@ way_back way_to(lint64 number, const instance& open) {
                 "` brings back " + state_in(open, number) + "."};
 }
 
+bool all_are_tried(const std::vector<lint64>& numbers, const instance& open) {
+    return numbers.size() <= tries &&
+           std::none_of(numbers.begin(), numbers.end(), [&](lint64 number) {
+               return size_of(open.file(backup_name(number))) > largest_backup_to_load;
+           });
+}
+
 way_back way_to_none_of(const std::vector<lint64>& numbers, const instance& open) {
     std::string directory = shell_word(open.directory());
-    return {std::nullopt, "the server would start with no backup of it",
+    return {std::nullopt,
+            all_are_tried(numbers, open)
+                ? "the server would start with no backup of it"
+                : "the server would start with none of its newest backups that are not too large",
             "`kqarch backups " + directory + "` says why; `kqarch restore --force " + directory +
                 " " + std::to_string(numbers.back()) + "` brings the last one back."};
 }

@@ -2,6 +2,7 @@
 #ifndef KQARCH_BACKUP_H
 #define KQARCH_BACKUP_H
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,6 +15,18 @@ std::string backup_name(lint64 number);
 
 // The numbers of the backups in a directory, ascending.
 std::vector<lint64> backups_in(const std::string& directory);
+
+// The names there that are like a backup's, with something else in the number's place; in order.
+std::vector<std::string> mistaken_for_backups(const std::string& directory);
+
+// Whether something is there that is neither a regular file nor a link.
+bool is_no_file(const std::string& path);
+
+// Nobody's configuration comes near it, and loading takes much longer the larger a text is.
+constexpr std::uintmax_t largest_backup_to_load = 256 * 1024;
+
+// 0 for what is not there.
+std::uintmax_t size_of(const std::string& path);
 
 // The number for a new backup: the one that is asked for, or one above the highest, or the highest
 // that is free. Nothing, and an error reported, when it is taken and may not be replaced.
@@ -41,7 +54,7 @@ struct way_back {
 };
 
 // Nothing when there is no backup and the journal knows of no change. The process registry is used
-// for trying the backups.
+// for trying the newest backups, of those that are not too large.
 std::optional<way_back> find_way_back(const instance& open) KQ_EXCLUDES(arch_cfg_sys.mutex);
 
 #endif

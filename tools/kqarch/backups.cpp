@@ -70,41 +70,77 @@ class recorded_step {
 struct listed_backup {
     lint64 number;
     std::string path;
-    std::optional<size_t> size = {};  // unknown when it cannot be read
+    std::optional<std::uintmax_t> size = {};  // unknown when it cannot be read
+    bool loaded = false;
     startup start = {};
     type_counts counts = {};
 };
 
 listed_backup look_at(const instance& open, lint64 number) {
     listed_backup found{.number = number, .path = open.file(backup_name(number))};
+    if (std::uintmax_t size = size_of(found.path);
+        size > largest_backup_to_load && !is_no_file(found.path)) {
+        found.size = size;
+        return found;
+    }
     std::optional<std::string> text = read_backup(open, number);
     if (!text) return found;
     config_file file;
     file.parse(*text, found.path);
     found.size = text->size();
+    found.loaded = true;
     found.start = start_up(file);
     found.counts = counts_of_registry();
     return found;
 }
 
+std::string verdict_of(const listed_backup& found) {
+    if (!found.size) return "cannot be read";
+    if (!found.loaded) {
+        constexpr std::uintmax_t tenth = 1024 * 1024 / 10;
+        std::string tenths = std::to_string((*found.size + tenth / 2) / tenth);
+        tenths.insert(0, tenths.size() < 2 ? "0" : "");
+        return "not looked at, " + tenths.insert(tenths.size() - 1, ".") + " MB";
+    }
+    return found.start.code < 0 ? "no: " + code_text(found.start.code) : "yes";
+}
+
 table_row as_row(const listed_backup& found) {
-    if (!found.size)
-        return {std::to_string(found.number), time_of(found.path), "-", "-", "cannot be read"};
-    return {std::to_string(found.number), time_of(found.path), std::to_string(*found.size),
-            counts_text(found.counts),
-            found.start.code < 0 ? "no: " + code_text(found.start.code) : "yes"};
+    return {std::to_string(found.number), time_of(found.path),
+            found.size ? std::to_string(*found.size) : "-",
+            found.loaded ? counts_text(found.counts) : "-", verdict_of(found)};
 }
 
 json as_document(const listed_backup& found) {
+    bool skipped = found.size && !found.loaded;
     json size;
     if (found.size) size = *found.size;
     return {{"number", found.number},
             {"file", visible(found.path)},
             {"time", time_of(found.path)},
             {"size", size},
-            {"counts", counts_document(found.counts)},
-            {"would_start", found.size && found.start.code >= 0},
-            {"start_code", found.start.code}};
+            {"counts", skipped ? json(nullptr) : counts_document(found.counts)},
+            {"would_start", skipped ? json(nullptr) : json(found.size && found.start.code >= 0)},
+            {"start_code", skipped ? json(nullptr) : json(found.start.code)}};
+}
+
+void tell_of_mistaken(const instance& open, output& out) {
+    constexpr size_t shown = 5;
+    std::vector<std::string> names = mistaken_for_backups(open.directory());
+    if (names.empty()) return;
+    size_t more = names.size() > shown ? names.size() - shown : 0;
+    names.resize(names.size() - more);
+    out.report({.level = severity::note,
+                .file = open.directory(),
+                .text = "no backups, by their names: " + join(names, ", ") +
+                        (more > 0 ? " and " + std::to_string(more) + " more" : ""),
+                .hint = "A backup's name is kqarch_bak_NUMBER.log, the number decimal and without "
+                        "zeros in front."});
+}
+
+// A server that does not look at kqarch.ini starts with any.
+const char* heading_of_start(const instance& open) {
+    return open.archiving() ? "WOULD START" : "WOULD START WITH ARCHIVING ON";
 }
 
 }  // namespace
@@ -134,7 +170,8 @@ exit_status run_backups(const std::string& directory, output& out) {
     instance open(directory);
     if (open.failure()) return give_up(*open.failure(), out);
     json documents = json::array();
-    std::vector<table_row> rows = {{"NUMBER", "TIME", "SIZE", "DESTINATIONS", "WOULD START"}};
+    std::vector<table_row> rows = {
+        {"NUMBER", "TIME", "SIZE", "DESTINATIONS", heading_of_start(open)}};
     for (lint64 number : backups_in(open.directory())) {
         listed_backup found = look_at(open, number);
         documents.push_back(as_document(found));
@@ -145,6 +182,7 @@ exit_status run_backups(const std::string& directory, output& out) {
         print_table(rows, out);
     else
         out.print("No backups.\n");
+    tell_of_mistaken(open, out);
     return exit_good;
 }
 
@@ -174,6 +212,8 @@ exit_status run_backup_delete(const std::string& directory, lint64 number, outpu
     std::string path = open.file(backup_name(number));
     struct stat status {};
     if (lstat(path.c_str(), &status) != 0) return give_up(no_backup(open, number), out);
+    if (is_no_file(path))
+        return give_up({exit_failed, {.file = path, .text = "is no regular file"}}, out);
     captured deleted =
         capture([number] { return arch_file_delete_bak(static_cast<ulint64>(number)); });
     if (deleted.code < 0)

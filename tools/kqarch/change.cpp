@@ -12,6 +12,7 @@
 #include "backup.h"
 #include "catalogue.h"
 #include "change_lock.h"
+#include "cluster_node.h"
 #include "config_file.h"
 #include "consequences.h"
 #include "difference.h"
@@ -21,6 +22,7 @@
 #include "instance.h"
 #include "journal.h"
 #include "private_file.h"
+#include "raft_danger.h"
 #include "scratch.h"
 #include "startup.h"
 #include "text.h"
@@ -40,6 +42,8 @@ std::string reason_against_writing(const std::string& path) {
     return probe ? "" : std::strerror(errno);
 }
 
+constexpr const char* forcing = " --force makes the change all the same.";
+
 // Why a step ended the change; nothing when it goes on.
 using step = std::optional<problem>;
 
@@ -56,6 +60,7 @@ class changer {
         if (text_ == file_.text() && file_.snapshot().exists) return tell_nothing_changes();
         show();
         if (step stop = would_start()) return end(*stop);
+        if (step stop = is_safe()) return end(*stop);
         if (options_.dry_run) return tell_dry_run();
         if (step stop = agree()) return end(*stop);
         return make();
@@ -97,6 +102,8 @@ class changer {
             if (step stop = change_.prepare(instance_)) return stop;
         start_ = start_up(file_);
         before_ = facts_of_registry();
+        was_learner_ = arch_cfg_check_self_is_learner() != 0;
+        if (start_.loads) group_before_ = group_of(node_of_registry());
         doubts_before_ = doubts_of_registry(instance_, file_);
         if (start_.loads || !change_.rewrites) return std::nullopt;
         diagnostic found = start_.decisive();
@@ -190,6 +197,7 @@ class changer {
         start_ = start_up(after_);
         // Of lines that are refused nothing is known.
         if (start_.loads) facts_ = facts_of_registry();
+        if (start_.loads) node_after_ = node_of_registry();
         if (start_.loads) warn_of_new_doubts();
         tell_consequences();
     }
@@ -203,6 +211,10 @@ class changer {
 
     void tell_consequences() {
         std::vector<std::string> told = consequences(before_, facts_);
+        raft_group group = group_of(node_after_);
+        if (!change_.rewrites && start_.loads && group != group_before_.value_or(raft_group{}))
+            for (std::string& sentence : group_consequences(group_before_, group))
+                told.push_back(std::move(sentence));
         told.insert(told.end(), change_.remarks.begin(), change_.remarks.end());
         json documents = json::array();
         out_.print("\n");
@@ -221,7 +233,7 @@ class changer {
     diagnostic no_start(const std::string& what) const {
         diagnostic found = start_.decisive();
         found.line = 0;
-        found.text = what + found.text;
+        found.text = (instance_.archiving() ? "" : "with archiving on, ") + what + found.text;
         found.hint = "";
         return found;
     }
@@ -237,8 +249,41 @@ class changer {
             warn(found);
             return std::nullopt;
         }
-        found.hint = "Nothing was changed. --force makes the change all the same.";
+        found.hint = std::string("Nothing was changed.") + forcing;
         return problem{exit_refused, found};
+    }
+
+    // A text of its own may say anything: what the commands that rewrite keep from happening too.
+    std::vector<danger> dangers() const {
+        std::vector<danger> found;
+        raft_group was = group_before_.value_or(raft_group{});
+        raft_group is = group_of(node_after_);
+        std::optional<danger> of_group =
+            is.voters.empty() ? danger_of_leaving(was, node_after_.name) : danger_of_step(was, is);
+        if (of_group) found.push_back(*of_group);
+        if (was_learner_ && is.voters.contains(upper_case(node_after_.name)))
+            found.push_back(
+                {"this node is a learner, and the result has no RAFT_LEARNER = 1: from "
+                 "its next start on it would be a voter",
+                 "Restore a backup that has the line, or `promote` this node first when "
+                 "it has caught up."});
+        if (instance_.archiving() && !before_.destinations.empty() && facts_.destinations.empty())
+            found.push_back({"the result has no destination: nothing is archived any more",
+                             "Look at it with `kqarch backups`, and choose another backup."});
+        return found;
+    }
+
+    step is_safe() {
+        if (change_.rewrites || !start_.loads) return std::nullopt;
+        step stop;
+        for (const danger& one : dangers()) {
+            problem why = because(exit_refused, instance_.config_file(), one.text,
+                                  options_.force ? "" : passwords_.hide(one.hint) + forcing);
+            if (options_.force) warn(why.found);
+            if (stop) end(*stop);
+            if (!options_.force) stop = why;
+        }
+        return stop;
     }
 
     exit_status tell_dry_run() {
@@ -378,6 +423,9 @@ class changer {
     std::vector<diagnostic> doubts_before_;
     password_list passwords_;
     configuration_facts before_;
+    std::optional<raft_group> group_before_;  // unknown where the file does not load
+    bool was_learner_ = false;
+    cluster_node node_after_;    // where the text loads
     configuration_facts facts_;  // after the change
 };
 

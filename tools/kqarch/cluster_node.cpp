@@ -230,6 +230,13 @@ node_reading read_node(const std::string& directory, output& out) {
     return node_reader(directory, out).run();
 }
 
+cluster_node node_of_registry() {
+    cluster_node node;
+    node.name = ini_get_instance_name();
+    describe_registry(node);
+    return node;
+}
+
 loaded_node::loaded_node(const cluster_node& node) : open_(node.directory) {
     if (open_.failure()) throw std::runtime_error(node.directory + " changed while it was read");
     if (node.archiving) load(node.file);

@@ -104,6 +104,9 @@ struct node_reading {
 // of one that loads is a warning.
 node_reading read_node(const std::string& directory, output& out);
 
+// The node as the registry that is loaded describes it, of the instance that is open.
+cluster_node node_of_registry() KQ_EXCLUDES(arch_cfg_sys.mutex);
+
 // The node's registry again, for as long as this lives.
 class loaded_node {
   public:

@@ -2,6 +2,7 @@
 // without --force.
 #include "ini.h"
 #include "raft.h"
+#include "raft_danger.h"
 #include "raft_group.h"
 #include "raft_operations.h"
 #include "text.h"
@@ -72,17 +73,6 @@ raft_group group_after(const raft_group& before, const raft_request& request,
     return after;
 }
 
-// The other voters of this node, when it leaves.
-bool leaves_others_without_quorum(const raft_group& group, const std::string& self) {
-    size_t others = group.voters.size() - group.voters.count(self);
-    return group.voters.contains(self) && others > 0 && others < quorum_of(group.voters.size());
-}
-
-struct danger {
-    std::string text;
-    std::string hint;
-};
-
 class raft_changer {
   public:
     raft_changer(const change_options& options, const raft_request& request, output& out)
@@ -138,14 +128,8 @@ class raft_changer {
                 "its next start it would vote",
                 "Make the change with an editor, or `promote " + node_->name +
                     "` first when it has caught up."};
-        if (request_.action == raft_action::clear) return danger_of_leaving();
-        std::string step = "voters from " + std::to_string(before_.voters.size()) + " to " +
-                           std::to_string(after_.voters.size()) + " in one step: ";
-        if (quorums_overlap(before_, after_)) return std::nullopt;
-        return danger{step +
-                          "a quorum of the old group and one of the new need have no voter in "
-                          "common, and both could decide",
-                      safe_steps()};
+        return request_.action == raft_action::clear ? danger_of_leaving(before_, node_->name)
+                                                     : danger_of_step(before_, after_);
     }
 
     std::optional<danger> danger_of_names() const {
@@ -158,23 +142,6 @@ class raft_changer {
             return danger{"the list of voters does not name this node, " + node_->name,
                           "Name every voter of the new group, this node too."};
         return std::nullopt;
-    }
-
-    std::optional<danger> danger_of_leaving() const {
-        if (!leaves_others_without_quorum(before_, upper_case(node_->name))) return std::nullopt;
-        return danger{
-            "without this node the other voters are no quorum: they cannot even remove it",
-            "Remove " + node_->name + " at the other nodes first; then it is safe."};
-    }
-
-    // One voter a step: the quorums of two groups that differ in one voter always overlap.
-    std::string safe_steps() const {
-        std::vector<std::string> steps;
-        for (const std::string& name : after_.voters)
-            if (!before_.voters.contains(name)) steps.push_back("promote " + name);
-        for (const std::string& name : before_.voters)
-            if (!after_.voters.contains(name)) steps.push_back("remove " + name);
-        return "One voter a step, at every node before the next: " + join(steps, ", then ") + ".";
     }
 
     exit_status refuse(const danger& found) {

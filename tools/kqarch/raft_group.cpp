@@ -6,9 +6,10 @@ namespace {
 
 using json = nlohmann::ordered_json;
 
-std::string from_to(size_t before, size_t after) {
+std::string from_to(std::optional<size_t> before, size_t after) {
+    if (!before) return std::to_string(after);
     if (before == after) return std::to_string(after) + " as before";
-    return "from " + std::to_string(before) + " to " + std::to_string(after);
+    return "from " + std::to_string(*before) + " to " + std::to_string(after);
 }
 
 json number_or_null(ulint value, ulint unset) {
@@ -54,19 +55,27 @@ bool quorums_overlap(const raft_group& before, const raft_group& after) {
     return quorum_of(before.voters.size()) + quorum_of(after.voters.size()) > both.size();
 }
 
-std::vector<std::string> group_consequences(const raft_group& before, const raft_group& after) {
-    size_t old_count = before.voters.size();
+std::vector<std::string> group_consequences(const std::optional<raft_group>& before,
+                                            const raft_group& after) {
+    std::optional<size_t> old_count;
+    std::optional<size_t> old_tolerated;
+    std::optional<size_t> old_learners;
+    if (before) {
+        old_count = before->voters.size();
+        old_tolerated = tolerated_failures(*old_count);
+        old_learners = before->learners.size();
+    }
     size_t count = after.voters.size();
     std::vector<std::string> told = {"Voters: " + from_to(old_count, count) +
                                      ", this node included where it votes."};
     if (count > 0)
-        told.push_back("A quorum is " + std::to_string(quorum_of(count)) + " of " +
-                       std::to_string(count) + "; failures tolerated: " +
-                       from_to(tolerated_failures(old_count), tolerated_failures(count)) + ".");
+        told.push_back(
+            "A quorum is " + std::to_string(quorum_of(count)) + " of " + std::to_string(count) +
+            "; failures tolerated: " + from_to(old_tolerated, tolerated_failures(count)) + ".");
     if (count > 0 && tolerated_failures(count) == 0)
         told.emplace_back("No failure is tolerated: when one voter fails, nothing is decided.");
-    if (before.learners.size() != after.learners.size())
-        told.push_back("Learners: " + from_to(before.learners.size(), after.learners.size()) +
+    if (old_learners.value_or(0) != after.learners.size())
+        told.push_back("Learners: " + from_to(old_learners, after.learners.size()) +
                        "; they receive the log and do not vote.");
     if (count > 0 && count % 2 == 0)
         told.push_back("An even number of voters tolerates no more failures than " +

@@ -2,6 +2,7 @@
 #ifndef KQARCH_RAFT_GROUP_H
 #define KQARCH_RAFT_GROUP_H
 
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -12,6 +13,8 @@
 struct raft_group {
     std::set<std::string> voters = {};
     std::set<std::string> learners = {};
+
+    bool operator==(const raft_group&) const = default;
 };
 
 raft_group group_of(const cluster_node& node);
@@ -24,8 +27,9 @@ size_t tolerated_failures(size_t voters);
 // could decide, each for itself, while the members learn of the change.
 bool quorums_overlap(const raft_group& before, const raft_group& after);
 
-// What becomes of the group, in sentences.
-std::vector<std::string> group_consequences(const raft_group& before, const raft_group& after);
+// What becomes of the group, in sentences: of what it is only, where what it was is not known.
+std::vector<std::string> group_consequences(const std::optional<raft_group>& before,
+                                            const raft_group& after);
 
 // Every member, this node first; none outside a group:
 // [{"name": "KQ1", "self": true, "role": "voter", "id": 1, "address": "10.0.0.1", "port": 5336,
