@@ -71,7 +71,7 @@ const row rows[] = {
     {"modify --json missing KQ2 FILE_SIZE=64", 3, change_fields},
     {"modify --json good KQ2", 2, {}},
     {"backup --json good", 0, {"backup"}},
-    {"backups --json good", 0, {"backups"}},
+    {"backups --json good", 0, {"archiving", "backups"}},
     {"restore --json good 1", 0, change_fields},
     {"restore --json good 9", 3, change_fields},
     {"backup-delete --json good 1", 0, {"deleted"}},

@@ -166,9 +166,11 @@ exit_status run_backup(const backup_options& options, output& out) {
 }
 
 exit_status run_backups(const std::string& directory, output& out) {
+    out.set("archiving", nullptr);
     out.set("backups", nullptr);
     instance open(directory);
     if (open.failure()) return give_up(*open.failure(), out);
+    out.set("archiving", open.archiving());
     json documents = json::array();
     std::vector<table_row> rows = {
         {"NUMBER", "TIME", "SIZE", "DESTINATIONS", heading_of_start(open)}};
