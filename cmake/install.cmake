@@ -29,6 +29,8 @@ install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOC
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs
   FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.json")
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
+# Under the package's name, where users of Debian look for it.
+install(FILES COPYRIGHT DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/arch-cfg RENAME copyright)
 
 if(ARCH_CFG_BUILD_TOOLS)
   install(TARGETS kqarch)
