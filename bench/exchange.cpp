@@ -16,7 +16,7 @@ namespace {
 class exchanging {
   public:
     exchanging() : on_(full_instance(), storage::asm_disk_group), loaded_(on_) {
-        const registry_hold hold;
+        const arch_cfg_hold hold;
         message_.resize(arch_cfg_info_len_calc(1));
         check(encode() == message_.size(), "the message is not as long as calculated");
     }
@@ -118,7 +118,7 @@ bool decode_plainly(const byte* at, const byte* end) {
 
 void encode_message(benchmark::State& state) {
     exchanging on;
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     ulint worst = 0;
     for (auto _ : state) {
         const ulint length = on.measure();
@@ -130,7 +130,7 @@ void encode_message(benchmark::State& state) {
 
 void encode_message_only(benchmark::State& state) {
     exchanging on;
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     for (auto _ : state) {
         benchmark::DoNotOptimize(on.encode());
         benchmark::ClobberMemory();
@@ -149,7 +149,7 @@ void pack_message(benchmark::State& state) {
 void decode_message(benchmark::State& state) {
     const exchanging on;
     const kqenv_t pool = mem_env_create(0);
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     kqcode_t worst = 0;
     for (auto _ : state)
         worst |= arch_cfg_info_decode_and_check(pool, on.body(), on.body_length(), 1);
@@ -159,7 +159,7 @@ void decode_message(benchmark::State& state) {
 
 void decode_message_plainly(benchmark::State& state) {
     const exchanging on;
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     bool is_good = true;
     for (auto _ : state)
         is_good = decode_plainly(on.body(), on.body() + on.body_length()) && is_good;

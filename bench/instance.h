@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "arch_cfg_hold.h"
 #include "description.h"
 
 namespace bench {
@@ -51,14 +52,6 @@ class loaded_registry {
     ~loaded_registry() { arch_cfg_sys_destroy(); }
     loaded_registry(const loaded_registry&) = delete;
     loaded_registry& operator=(const loaded_registry&) = delete;
-};
-
-class KQ_SCOPED_CAPABILITY registry_hold {
-  public:
-    registry_hold() KQ_ACQUIRE(arch_cfg_sys.mutex) { arch_cfg_sys_enter(); }
-    ~registry_hold() KQ_RELEASE() { arch_cfg_sys_exit(); }
-    registry_hold(const registry_hold&) = delete;
-    registry_hold& operator=(const registry_hold&) = delete;
 };
 
 }  // namespace bench

@@ -29,7 +29,7 @@ void check_agreement() KQ_REQUIRES(arch_cfg_sys.mutex) {
 void write_text(benchmark::State& state, const instance& on) {
     const loaded_registry loaded(on);
     const text_buffer text = make_buffer();
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     check_agreement();
     for (auto _ : state) {
         benchmark::DoNotOptimize(arch_cfg_sys_write_to_rec(text.get()));
@@ -40,7 +40,7 @@ void write_text(benchmark::State& state, const instance& on) {
 void print_text(benchmark::State& state, const instance& on) {
     const loaded_registry loaded(on);
     const text_buffer text = make_buffer();
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     check_agreement();
     for (auto _ : state) {
         print_registry(arch_cfg_sys, text.get());
@@ -52,7 +52,7 @@ void write_sections(benchmark::State& state, ulint count) {
     const instance on(local_sections(count), storage::asm_disk_group);
     const loaded_registry loaded(on);
     const text_buffer text = make_buffer();
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     kqcode_t worst = 0;
     for (auto _ : state) {
         worst = std::min(worst, arch_cfg_sys_write_to_rec(text.get()));

@@ -37,7 +37,7 @@ void read(const paths& own, ulint nodes, const byte* body, ulint size, kqbool is
     kqenv_t env = mem_env_create(0);
     kqcode_t code = 0;
     {
-        registry_lock lock;
+        arch_cfg_hold lock;
         code = arch_cfg_info_decode_and_check(env, body, size, is_shared);
     }
     demand(mem_env_destroy(env) == 0, "a block of the pool is held");
@@ -50,7 +50,7 @@ void write_again(const byte* body, ulint size, bool with_names) {
     for (archive_path& each : *entries)
         each.is_remote = true;
     fill_registry(*entries);
-    registry_lock lock;
+    arch_cfg_hold lock;
     demand(arch_cfg_info_len_calc(with_names) == size + 4, "the length is another");
     auto message = make_block<byte>(size + 4);
     arch_cfg_info_encode(message.get(), 0, 0, with_names);

@@ -132,7 +132,7 @@ void set_instances(arch_cfg_t& record, choices& from) {
 void change(choices& from) {
     entry* each = chosen(from);
     if (each == nullptr) return;
-    registry_lock lock;
+    arch_cfg_hold lock;
     arch_cfg_t& record = *each->record;
     record.type = static_cast<usint>(from.below(11));
     arch_cfg_set_dest(&record, word(from).c_str());
@@ -163,7 +163,7 @@ void name_next(choices& from) {
         std::string digits = each.name.substr(at + strlen(prefix));
         if (ini_is_integer(digits.c_str())) highest = std::max(highest, ulint(std::stoul(digits)));
     }
-    registry_lock lock;
+    arch_cfg_hold lock;
     arch_cfg_get_name(type, name);
     demand(name == (prefix ? prefix + std::to_string(lint(highest + 1)) : "unnamed"), "next name");
 }
@@ -233,12 +233,12 @@ void look_up(choices& from) {
 
 void count_types(choices& from) {
     ulint type = from.below(10);
-    registry_lock lock;
+    arch_cfg_hold lock;
     demand(arch_cfg_get_cnt_by_type(type) == count(type), "count: of a type");
 }
 
 void check() {
-    registry_lock lock;
+    arch_cfg_hold lock;
     demand(arch_cfg_sys.arch_lst.count == model.size(), "the count is another");
     const arch_cfg_t* record = arch_cfg_sys.arch_lst.start;
     for (const entry& each : model) {

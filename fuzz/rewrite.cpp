@@ -43,12 +43,12 @@ kqcode_t start_again() {
 }
 
 kqcode_t write_back() {
-    registry_lock lock;
+    arch_cfg_hold lock;
     return arch_cfg_sys_write_to_file();
 }
 
 bool misses_its_interval() {
-    registry_lock lock;
+    arch_cfg_hold lock;
     return arch_cfg_sys.raft_vote_interval == 0 && arch_cfg_get_cnt_by_type(ARCH_TYPE_RAFT) > 0;
 }
 

@@ -94,7 +94,7 @@ class random_changes : public testing::Test {
         ASSERT_GE(file.read(open.config_file()), 0);
         EXPECT_EQ(start_up(file).code, 0);
         std::string text(ARCH_CFG_TEXT_SIZE, '\0');
-        registry_hold hold;
+        arch_cfg_hold hold;
         ASSERT_EQ(arch_cfg_sys_write_to_rec(text.data()), 0);
         EXPECT_EQ(without_hang_flags(text.c_str()), without_hang_flags(file.text()));
     }

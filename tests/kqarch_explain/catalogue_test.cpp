@@ -62,7 +62,7 @@ class written_registry : public testing::Test {
 
     static std::map<std::string, std::string> written() {
         std::vector<schar> text(ARCH_CFG_TEXT_SIZE);
-        const test_support::registry_lock lock;
+        const arch_cfg_hold lock;
         EXPECT_EQ(arch_cfg_sys_write_to_rec(text.data()), 0);
         return lines_of(text.data());
     }

@@ -152,7 +152,7 @@ class full_text : public buffers {
     }
 
     std::string written() {
-        registry_lock lock;
+        arch_cfg_hold lock;
         code = arch_cfg_sys_write_to_rec(buffer->text);
         EXPECT_TRUE(buffer->whole());
         return buffer->text;
@@ -187,7 +187,7 @@ TEST_F(full_text, takes_no_piece_that_does_not_fit) {
     shorten();
     std::string whole = written();
     output_capture capture(instance.error_log());
-    registry_lock lock;
+    arch_cfg_hold lock;
     arch_cfg_write_all_local_ini(buffer->text, nullptr);
     EXPECT_EQ(buffer->text, whole);
     arch_cfg_set_dest(last, std::string(KQ_PATHNAME_MAX, 'd').c_str());

@@ -27,7 +27,7 @@ class wire : public testing::Test {
 
 // The message at an offset of a block that is full of guard bytes, which must stay.
 std::vector<byte> encoded(ulint offset, kqbool with_names) {
-    registry_lock lock;
+    arch_cfg_hold lock;
     ulint size = arch_cfg_info_len_calc(with_names);
     std::vector<byte> block(offset + size + guard_size, guard_byte);
     EXPECT_EQ(arch_cfg_info_encode(block.data(), offset, offset + size, with_names), size);
@@ -44,7 +44,7 @@ kqcode_t answer(const std::vector<byte>& body, kqbool is_shared, ulint64 limit =
     kqenv_t env = mem_env_create(limit);
     kqcode_t code = 0;
     {
-        registry_lock lock;
+        arch_cfg_hold lock;
         code = arch_cfg_info_decode_and_check(env, block.get(), static_cast<ulint>(body.size()),
                                               is_shared);
     }

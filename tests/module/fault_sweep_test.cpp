@@ -36,7 +36,7 @@ struct call {
 
 template <auto Function, typename... Arguments>
 kqcode_t locked(Arguments... arguments) {
-    registry_lock lock;
+    arch_cfg_hold lock;
     return Function(arguments...);
 }
 
@@ -90,7 +90,7 @@ kqcode_t create_section() {
 
 // Each record in turn; the first that is refused decides.
 kqcode_t validate_each() {
-    registry_lock lock;
+    arch_cfg_hold lock;
     kqcode_t code = 0;
     for (arch_cfg_t* arch = arch_cfg_sys.arch_lst.start; arch && code >= 0; arch = arch->link.next)
         code = arch_cfg_validate(arch, 1, 1);
@@ -123,7 +123,7 @@ kqcode_t start_large() {
 template <typename Function>
 kqcode_t with_pool(Function function) {
     kqenv_t env = mem_env_create(0);
-    registry_lock lock;
+    arch_cfg_hold lock;
     kqcode_t code = function(env);
     EXPECT_EQ(mem_env_destroy(env), 0u) << "a block of the pool is still held";
     return code;

@@ -189,7 +189,7 @@ std::string load(const std::string& text) {
 
 std::string written() {
     static schar text[ARCH_CFG_TEXT_SIZE];
-    registry_lock lock;
+    arch_cfg_hold lock;
     EXPECT_EQ(arch_cfg_sys_write_to_rec(text), 0);
     return text;
 }

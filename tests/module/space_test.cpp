@@ -15,7 +15,7 @@ kqcode_t validate_with_size(std::uintmax_t megabytes) {
     arch_cfg_set_dest(&arch, "arch");
     arch.file_size = static_cast<ulint>(megabytes);
     descriptor_capture quiet(2);
-    registry_lock lock;
+    arch_cfg_hold lock;
     return arch_cfg_validate(&arch, 1, 1);
 }
 

@@ -32,7 +32,7 @@ void enter_twice() KQ_NO_THREAD_ANALYSIS {
     arch_cfg_sys_enter();
 }
 void create_under_the_lock(void* cfg_sys) {
-    registry_lock lock;
+    arch_cfg_hold lock;
     std::string value = "7";
     arch_cfg_t* arch = nullptr;
     EXPECT_EQ(arch_cfg_create(cfg_sys, "A", &arch), 0);
@@ -51,7 +51,7 @@ TEST_F(threads, one_that_ends_with_the_lock_does_not_stop_the_others) {
     output_capture capture(instance.error_log());
     for (int round = 0; round < 2; round++) {
         std::thread(enter_and_end).join();
-        std::thread([] { registry_lock lock; }).join();
+        std::thread([] { arch_cfg_hold lock; }).join();
         EXPECT_EQ(arch_cfg_sys_get(), &arch_cfg_sys);
         EXPECT_EQ(arch_cfg_sys.mutex.owner, ~0u);
         arch_cfg_sys_release();
@@ -67,7 +67,7 @@ TEST_F(threads, the_registry_is_used_as_the_ended_one_left_it) {
         arch_cfg_sys.xmal_port = 7;
     }).join();
     EXPECT_EQ(arch_cfg_create(nullptr, "a", nullptr), ARCH_E_DUPLICATE_NAME);
-    registry_lock lock;
+    arch_cfg_hold lock;
     EXPECT_EQ(arch_cfg_sys.xmal_port, 7);
     EXPECT_EQ(list_fault(arch_cfg_sys), "");
 }
@@ -146,7 +146,7 @@ kqcode_t replace_voters(ulint number) {
 
 // Address and port go together.
 kqcode_t change_address(ulint number) {
-    registry_lock lock;
+    arch_cfg_hold lock;
     return arch_cfg_update_raft_info("KQSERVER", numbered("h", number).c_str(),
                                      static_cast<usint>(number % 9));
 }
@@ -156,7 +156,7 @@ byte holder(ulint number) {
 }
 
 kqcode_t write_the_file(ulint) {
-    registry_lock lock;
+    arch_cfg_hold lock;
     return arch_cfg_sys_write_to_file();
 }
 
@@ -205,7 +205,7 @@ kqcode_t look_up(ulint number) {
     arch_cfg_collect_inst_name(&count, entries.data());
     EXPECT_EQ(arch_file_gen_bak(number), 0);
     EXPECT_EQ(arch_file_delete_bak(number), 0);
-    registry_lock lock;
+    arch_cfg_hold lock;
     EXPECT_EQ(list_fault(arch_cfg_sys), "");
     std::vector<byte> message(arch_cfg_info_len_calc(1));
     EXPECT_EQ(arch_cfg_info_encode(message.data(), 0, 0, 1), message.size());

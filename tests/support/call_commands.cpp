@@ -80,7 +80,7 @@ std::string bound(const context& call) {
 
 template <auto Function>
 std::string bound_locked(const context& call) {
-    registry_lock lock;
+    arch_cfg_hold lock;
     return call_bound(call, Function);
 }
 
@@ -104,7 +104,7 @@ std::string add_value(const context& call) {
 
 std::string get_name(const context& call) {
     sysname_t name = "unchanged";
-    registry_lock lock;
+    arch_cfg_hold lock;
     arch_cfg_get_name(call.number(0), name);
     return name;
 }
@@ -148,7 +148,7 @@ template <auto Writer>
 std::string append_section(const context& call) {
     static schar text[ARCH_CFG_TEXT_SIZE];
     strcpy(text, file_header);
-    registry_lock lock;
+    arch_cfg_hold lock;
     Writer(text, nullptr, record_of(call, 0));
     return folded(text);
 }
@@ -157,7 +157,7 @@ template <auto Writer>
 std::string append_settings(const context&) {
     static schar text[ARCH_CFG_TEXT_SIZE];
     strcpy(text, file_header);
-    registry_lock lock;
+    arch_cfg_hold lock;
     Writer(text, nullptr);
     return folded(text);
 }

@@ -42,7 +42,7 @@ std::string text_or_null(const void* text) {
 // arch_cfg_info_encode INST_CHECK [off=N] [buf_len=N], into a block of exactly the size that was
 // calculated, behind N guard bytes.
 std::string encode(const context& call) {
-    registry_lock lock;
+    arch_cfg_hold lock;
     ulint size = arch_cfg_info_len_calc(call.number(0)), offset = call.option("off", 0);
     auto block = std::make_unique<byte[]>(offset + size);
     memset(block.get(), guard_byte, offset + size);
@@ -62,7 +62,7 @@ std::string decode(const context& call) {
     auto block = bytes.empty() ? nullptr : std::make_unique<byte[]>(bytes.size());
     if (block) memcpy(block.get(), bytes.data(), bytes.size());
     pool blocks(call.option("pool", 0));
-    registry_lock lock;
+    arch_cfg_hold lock;
     kqcode_t code = arch_cfg_info_decode_and_check(
         blocks.env, block.get(), static_cast<ulint>(bytes.size()), call.number(0));
     bool changed = block && memcmp(block.get(), bytes.data(), bytes.size()) != 0;
@@ -119,7 +119,7 @@ template <bool WithLocal>
 std::string list(const context& call) {
     pool blocks(call.option("pool", 0));
     kq_lst_t list = junk_list();
-    registry_lock lock;
+    arch_cfg_hold lock;
     kqcode_t code = 0;
     if constexpr (WithLocal)
         code = arch_cfg_get_all_local_and_remote_dest(blocks.env, &list, call.number(0),
@@ -139,14 +139,14 @@ std::string list(const context& call) {
 std::string endpoint_check(const context& call) {
     schar description[512] = "untouched";
     ulint size = 77;
-    registry_lock lock;
+    arch_cfg_hold lock;
     kqcode_t code = arch_cfg_remote_all_other_ep_check(
         static_cast<lint>(call.option("language", 0)), &size, description);
     return code_text(code) + ", " + description + " (" + std::to_string(size) + ")";
 }
 
 std::string guard_text() {
-    registry_lock lock;
+    arch_cfg_hold lock;
     return "guard " + std::to_string(arch_cfg_sys.arch_cfg_changing);
 }
 
@@ -185,7 +185,7 @@ std::string paths(const context& call) {
     pathname_t unwritten;
     pathname_t* found = &unwritten;
     ulint count = 77;
-    registry_lock lock;
+    arch_cfg_hold lock;
     kqcode_t code = rarch_cfg_arch_path_get(blocks.env, &count, &found);
     std::string text =
         code_text(code) + ", " + std::to_string(count) + " paths" + (found ? "" : ", null");

@@ -145,7 +145,7 @@ std::string read(const command_context& context) {
 
 std::string written_text() {
     static schar text[ARCH_CFG_TEXT_SIZE];
-    registry_lock lock;
+    arch_cfg_hold lock;
     kqcode_t code = arch_cfg_sys_write_to_rec(text);
     return code == 0 ? text : code_text(code);
 }

@@ -2,7 +2,7 @@
 #ifndef TESTS_SUPPORT_INSTANCE_H
 #define TESTS_SUPPORT_INSTANCE_H
 
-#include <arch_cfg.h>
+#include <arch_cfg_hold.h>
 
 #include <filesystem>
 #include <string>
@@ -30,14 +30,6 @@ class instance_directory {
   private:
     std::filesystem::path root;
     std::filesystem::path before;
-};
-
-class KQ_SCOPED_CAPABILITY registry_lock {
-  public:
-    registry_lock() KQ_ACQUIRE(arch_cfg_sys.mutex) { arch_cfg_sys_enter(); }
-    ~registry_lock() KQ_RELEASE() { arch_cfg_sys_exit(); }
-    registry_lock(const registry_lock&) = delete;
-    registry_lock& operator=(const registry_lock&) = delete;
 };
 
 // What is wrong with a registry's list (count, ends, links, terminators); empty when it is sound.

@@ -53,7 +53,7 @@ kqcode_t start_up_aside(kqbool valid_chk, const std::function<void()>& look) {
 
 std::string registry_text() {
     static schar text[ARCH_CFG_TEXT_SIZE];
-    registry_lock lock;
+    arch_cfg_hold lock;
     kqcode_t code = arch_cfg_sys_write_to_rec(text);
     if (code != 0) throw std::runtime_error("the registry does not fit into a text");
     return text;

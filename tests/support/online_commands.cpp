@@ -207,7 +207,7 @@ std::string modify(const context& call) {
         snprintf(asked.dest, sizeof asked.dest, "%s", dest.text.c_str());
     arch_cfg_t before = asked.record, stored_before = *stored;
     std::string dest_before = asked.dest;
-    registry_lock lock;
+    arch_cfg_hold lock;
     ulint count = arch_cfg_sys.arch_lst.count;
     std::string text =
         code_text(arch_cfg_validate_for_modify(&asked.record, stored, bits, asked.dest));
@@ -219,7 +219,7 @@ std::string modify(const context& call) {
 }
 
 std::string modify_nothing(const context& call) {
-    registry_lock lock;
+    arch_cfg_hold lock;
     return code_text(arch_cfg_validate_for_modify(
         nullptr, find_record(arch_cfg_sys, call.argument(0)), 0xFFFF, nullptr));
 }
@@ -241,7 +241,7 @@ std::string drop_low(const context& call) {
 }
 
 std::string write_to_file(const context&) {
-    registry_lock lock;
+    arch_cfg_hold lock;
     return code_text(arch_cfg_sys_write_to_file());
 }
 
@@ -249,7 +249,7 @@ std::string write_to_file(const context&) {
 std::string write_by_rec(const context& call) {
     const schar* text = call.arguments.size() > 1 ? nullptr : call.input.c_str();
     if (call.number(0) == 1) return code_text(arch_cfg_sys_write_by_rec(text, 1));
-    registry_lock lock;
+    arch_cfg_hold lock;
     return code_text(arch_cfg_sys_write_by_rec(text, call.number(0)));
 }
 

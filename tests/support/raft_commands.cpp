@@ -34,7 +34,7 @@ class record_text {
             return ", rec is too long";
         if (memchr(block.get(), 0, ARCH_CFG_TEXT_SIZE) == nullptr) return ", rec untouched";
         if (block[0] == '\0') return ", rec empty";
-        registry_lock lock;
+        arch_cfg_hold lock;
         kqcode_t code = arch_cfg_sys_write_to_rec(now);
         bool same = code == 0 && strcmp(now, block.get()) == 0;
         return same ? ", rec as the registry" : ", rec\n" + std::string(block.get());

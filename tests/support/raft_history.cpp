@@ -135,7 +135,7 @@ void raft_history::check_new(choices& from) {
     model_section member = some_member(from);
     std::string name =
         from.below(2) ? "ARCHIVE_" + some_name(from) : "s" + std::to_string(from.below(4));
-    registry_lock lock;
+    arch_cfg_hold lock;
     kqcode_t code = arch_cfg_validate_raft_info(name.c_str(), member.dest.c_str(),
                                                 member.ip.c_str(), member.port, member.id);
     expect("the code", code, model.check_new(name, member));
@@ -144,7 +144,7 @@ void raft_history::check_new(choices& from) {
 void raft_history::change_address(choices& from) {
     std::string dest = some_name(from), ip = some_address(from);
     auto port = static_cast<usint>(from.below(24));
-    registry_lock lock;
+    arch_cfg_hold lock;
     expect("the code", arch_cfg_update_raft_info(dest.c_str(), ip.c_str(), port), 0);
     if (ip.size() > 64 || !is_writable(ip)) return;
     model_section* member = model.find(dest, true);
@@ -165,7 +165,7 @@ void raft_history::ask(choices& from) {
     const model_section* member = model.find(dest, true);
     bool is_self = same_name(dest, model.self);
     usint id = member != nullptr ? member->id : usint{ARCH_UNSET_SHORT};
-    registry_lock lock;
+    arch_cfg_hold lock;
     expect("the identifier", arch_cfg_find_dest_id_by_name(dest.c_str()),
            is_self ? static_cast<usint>(model.self_id) : id);
 }
@@ -301,7 +301,7 @@ std::string raft_history::step(choices& from) {
     fault.clear();
     memset(rec, 'x', 16);
     (this->*chosen.perform)(from);
-    registry_lock lock;
+    arch_cfg_hold lock;
     if (fault.empty()) fault = model.difference();
     if (fault.empty()) fault = list_fault(arch_cfg_sys);
     return fault.empty() ? "" : described + ": " + fault;

@@ -68,7 +68,7 @@ captured add_standby(parsed_clause& clause, bool standby) {
 std::string user_of(const parsed_clause& clause) {
     bool remote = clause.record.type == ARCH_TYPE_REMOTE;
     std::string path = target{remote ? clause.record.timer_name : clause.dest}.text();
-    registry_hold hold;
+    arch_cfg_hold hold;
     for (const arch_cfg_t* arch = arch_cfg_sys.arch_lst.start; arch; arch = arch->link.next) {
         bool stores = has_directory(arch->type);
         if (stores && same_text(arch->dest, path))

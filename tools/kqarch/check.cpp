@@ -114,7 +114,7 @@ class checker {
     }
 
     std::vector<missing_directory> missing_directories() const {
-        registry_hold hold;
+        arch_cfg_hold hold;
         std::vector<missing_directory> missing;
         for (arch_cfg_t* arch = arch_cfg_sys.arch_lst.start; arch; arch = arch->link.next) {
             bool unseen = os_file_path_is_asm(arch->dest) != 0 && !options_.rules.asm_paths;

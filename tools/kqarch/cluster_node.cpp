@@ -66,7 +66,7 @@ void describe_destination(const arch_cfg_t& arch, cluster_node& node) {
 }
 
 void describe_registry(cluster_node& node) KQ_EXCLUDES(arch_cfg_sys.mutex) {
-    registry_hold hold;
+    arch_cfg_hold hold;
     for (const arch_cfg_t* arch = arch_cfg_sys.arch_lst.start; arch; arch = arch->link.next)
         describe_destination(*arch, node);
     node.share = arch_cfg_sys.arch_local_share;
@@ -78,7 +78,7 @@ void describe_registry(cluster_node& node) KQ_EXCLUDES(arch_cfg_sys.mutex) {
 }
 
 void check_endpoints(cluster_node& node) KQ_EXCLUDES(arch_cfg_sys.mutex) {
-    registry_hold hold;
+    arch_cfg_hold hold;
     std::string text(512, '\0');
     ulint length = 0;
     node.endpoints = arch_cfg_remote_all_other_ep_check(0, &length, text.data());
@@ -195,7 +195,7 @@ std::string cluster_node::place_of(ulint line) const {
 }
 
 std::vector<byte> encode_message() {
-    registry_hold hold;
+    arch_cfg_hold hold;
     kqbool names = arch_cfg_sys.arch_local_share == 1 ? 1 : 0;
     std::vector<byte> message(arch_cfg_info_len_calc(names));
     arch_cfg_info_encode(message.data(), 0, static_cast<ulint>(message.size()), names);
@@ -216,7 +216,7 @@ kqcode_t check_message(const std::vector<byte>& message) {
     if (pool == nullptr) return ARCH_E_OUT_OF_MEMORY;
     kqcode_t code = 0;
     {
-        registry_hold hold;
+        arch_cfg_hold hold;
         code =
             arch_cfg_info_decode_and_check(pool, message.data() + message_length_size,
                                            static_cast<ulint>(message.size()) - message_length_size,

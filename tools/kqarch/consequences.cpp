@@ -177,7 +177,7 @@ void tell_directories(const configuration_facts& before, const configuration_fac
 
 configuration_facts facts_of_registry() {
     configuration_facts facts{.counts = counts_of_registry()};
-    registry_hold hold;
+    arch_cfg_hold hold;
     facts.globals = global_settings();
     for (const arch_cfg_t* arch = arch_cfg_sys.arch_lst.start; arch; arch = arch->link.next)
         facts.destinations.emplace(hide_password(visible(arch->name), text_place::other),

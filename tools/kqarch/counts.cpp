@@ -5,7 +5,7 @@
 #include "text.h"
 
 type_counts counts_of_registry() {
-    registry_hold hold;
+    arch_cfg_hold hold;
     type_counts counts;
     for (const arch_cfg_t* arch = arch_cfg_sys.arch_lst.start; arch; arch = arch->link.next)
         ++counts[arch->type];

@@ -144,7 +144,7 @@ std::vector<diagnostic> doubts_of_lines(const config_file& file) {
 }
 
 std::vector<diagnostic> doubts_of_registry(const instance& open, const config_file& file) {
-    registry_hold hold;
+    arch_cfg_hold hold;
     std::vector<diagnostic> doubts = doubts_of_twins(file);
     if (arch_cfg_sys.arch_lst.start == nullptr)
         doubts.push_back(warning_at(open.config_file(), 0,

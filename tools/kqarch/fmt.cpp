@@ -78,7 +78,7 @@ class rewriter {
         text_.resize(ARCH_CFG_TEXT_SIZE);
         kqcode_t code = 0;
         {
-            registry_hold hold;
+            arch_cfg_hold hold;
             code = capture([this]() KQ_NO_THREAD_ANALYSIS {
                        return arch_cfg_sys_write_to_rec(text_.data());
                    }).code;

@@ -6,16 +6,8 @@
 #include <optional>
 #include <string>
 
-#include "arch_cfg.h"
+#include "arch_cfg_hold.h"
 #include "output.h"
-
-class KQ_SCOPED_CAPABILITY registry_hold {
-  public:
-    registry_hold() KQ_ACQUIRE(arch_cfg_sys.mutex) { arch_cfg_sys_enter(); }
-    ~registry_hold() KQ_RELEASE() { arch_cfg_sys_exit(); }
-    registry_hold(const registry_hold&) = delete;
-    registry_hold& operator=(const registry_hold&) = delete;
-};
 
 // Why something could not be done.
 struct problem {

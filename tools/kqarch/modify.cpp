@@ -201,7 +201,7 @@ captured modify_destination(parsed_clause clause, const target& which,
     if (stored == nullptr) return {ARCH_E_DEST_NOT_FOUND, ""};
     if (stored->type == ARCH_TYPE_RAFT || stored->type == ARCH_TYPE_LEARNER)
         return refuse_raft(stored->type);
-    registry_hold hold;
+    arch_cfg_hold hold;
     modification asked(clause, *stored);
     if (captured refused = asked.check(); refused.code < 0) return refused;
     doubts = doubts_of(clause, asked.result().type);

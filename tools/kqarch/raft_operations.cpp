@@ -18,7 +18,7 @@ class configuration_text {
     kqcode_t write() const { return arch_cfg_sys_write_by_rec(text_.data(), 1); }
 
     kqcode_t take_and_write() {
-        registry_hold hold;
+        arch_cfg_hold hold;
         kqcode_t code = arch_cfg_sys_write_to_rec(text_.data());
         return code < 0 ? code : arch_cfg_sys_write_by_rec(text_.data(), 0);
     }
@@ -83,7 +83,7 @@ captured remove(const raft_request& request) {
     for (const std::string& name : request.names) {
         usint type = ARCH_TYPE_NONE;
         {
-            registry_hold hold;
+            arch_cfg_hold hold;
             type = type_of(name);
         }
         if (type == ARCH_TYPE_NONE) return no_such_member(name);
@@ -100,7 +100,7 @@ captured promote(const raft_request& request) {
     configuration_text text;
     name_list names(request.names);
     for (const std::string& name : request.names) {
-        registry_hold hold;
+        arch_cfg_hold hold;
         if (!is_self(name) && type_of(name) == ARCH_TYPE_NONE) return no_such_member(name);
     }
     kqcode_t code = arch_cfg_change_learner_to_raft(names.count(), names.data(), text.buffer(),
@@ -113,7 +113,7 @@ captured replace(const raft_request& request) {
     configuration_text text;
     name_list names(request.names);
     for (const std::string& name : request.names) {
-        registry_hold hold;
+        arch_cfg_hold hold;
         if (!is_self(name) && type_of(name) != ARCH_TYPE_RAFT)
             return {ARCH_E_RAFT_TYPE_MISMATCH, name + " is no voter of the Raft group"};
     }
@@ -132,7 +132,7 @@ captured change_address(const raft_request& request) {
     configuration_text text;
     const std::string& name = request.names[0];
     {
-        registry_hold hold;
+        arch_cfg_hold hold;
         if (!is_self(name) && type_of(name) == ARCH_TYPE_NONE) return no_such_member(name);
         arch_cfg_update_raft_info(name.c_str(), request.address->c_str(), *request.port);
         if (!has_address(request)) return {ARCH_E_INVALID_VALUE, ""};
@@ -142,7 +142,7 @@ captured change_address(const raft_request& request) {
 
 // What is not asked for stays as it is.
 raft_request completed(raft_request request) {
-    registry_hold hold;
+    arch_cfg_hold hold;
     const arch_cfg_sys_t& present = arch_cfg_sys;
     request.heartbeat = request.heartbeat.value_or(present.raft_hb_interval);
     request.vote = request.vote.value_or(present.raft_vote_interval);

@@ -42,7 +42,7 @@ std::vector<std::string> type_names() {
 
 // The section whose destination is in the way of a value, or of a name of its list.
 std::string user_of(const std::string& value) KQ_EXCLUDES(arch_cfg_sys.mutex) {
-    registry_hold hold;
+    arch_cfg_hold hold;
     std::vector<std::string> names = split(value, '/');
     names.insert(names.begin(), value);
     for (const std::string& name : names) {

@@ -162,7 +162,7 @@ exit_status run_show(const std::string& directory, output& out) {
     std::vector<diagnostic> refused = load(file);
     show_instance(open, out);
     {
-        registry_hold hold;
+        arch_cfg_hold hold;
         show_globals(out);
         show_destinations(out);
     }

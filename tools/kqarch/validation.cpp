@@ -57,7 +57,7 @@ std::vector<failed_destination> failed_destinations(const validation_options& op
 
 std::vector<diagnostic> every_failure(const captured& whole, const config_file& file,
                                       const validation_options& options) {
-    registry_hold hold;
+    arch_cfg_hold hold;
     std::vector<diagnostic> failures;
     bool whole_is_new = true;
     for (const failed_destination& failed : failed_destinations(options)) {

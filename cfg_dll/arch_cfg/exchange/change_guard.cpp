@@ -2,12 +2,9 @@
 //
 // Bit 8 says that a change is under way, bits 0 to 7 whose; with no node bit it is exclusive. Nodes
 // share the guard, an exclusive change shares it with nobody, and nobody waits.
-#include "common/lock.h"
+#include "arch_cfg_hold.h"
 #include "elog.h"
 
-using namespace arch;
-
-namespace arch {
 namespace {
 
 constexpr usint under_way = 0x100;
@@ -29,11 +26,10 @@ bool names_a_holder(byte rac_seqno) {
 }
 
 }  // namespace
-}  // namespace arch
 
 kqcode_t arch_set_cfg_changing(byte rac_seqno) {
     if (!names_a_holder(rac_seqno)) return ARCH_E_INVALID_VALUE;
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     usint& guard = arch_cfg_sys.arch_cfg_changing;
     if (excludes(guard, rac_seqno)) {
         elog_report_ex(ELOG_CHANGE,
@@ -48,7 +44,7 @@ kqcode_t arch_set_cfg_changing(byte rac_seqno) {
 
 void arch_reset_cfg_changing(byte rac_seqno) {
     if (!names_a_holder(rac_seqno)) return;
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     usint& guard = arch_cfg_sys.arch_cfg_changing;
     const usint released = rac_seqno == exclusive_holder ? node_bits : node_bit(rac_seqno);
     guard = static_cast<usint>(guard & ~released);

@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdio>
 
-#include "common/lock.h"
+#include "arch_cfg_hold.h"
 #include "common/report.h"
 #include "common/server.h"
 #include "dcr_dll.h"
@@ -97,7 +97,7 @@ kqcode_t arch_cfg_remote_all_other_ep_check(lint language, ulint* err_len, schar
 void arch_cfg_collect_inst_name(usint* n_arch, arch_collect_t* arch_collect) {
     usint index = *n_arch;
     {
-        const registry_hold hold;
+        const arch_cfg_hold hold;
         for (const arch_cfg_t& arch : destinations(arch_cfg_sys)) {
             if (arch.type == ARCH_TYPE_LOCAL) continue;
             arch_collect_t& entry = arch_collect[index++];
@@ -121,7 +121,7 @@ arch_cfg_t* arch_cfg_find_remote_by_mal_seqno(usint mal_seqno) {
 }
 
 void arch_cfg_sys_destroy_one_ep(usint ep_no) {
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     for (arch_cfg_t& arch : destinations(arch_cfg_sys)) {
         if (arch.epno != ep_no) continue;
         discard(arch_cfg_sys, arch);

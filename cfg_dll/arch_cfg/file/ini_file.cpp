@@ -12,7 +12,7 @@
 #include <cerrno>
 #include <cstdio>
 
-#include "common/lock.h"
+#include "arch_cfg_hold.h"
 #include "common/text.h"
 #include "elog.h"
 #include "ini.h"
@@ -109,6 +109,6 @@ kqcode_t arch_cfg_sys_write_to_file(void) {
 kqcode_t arch_cfg_sys_write_by_rec(const schar* rec, kqbool with_enter) {
     if (rec == nullptr) return ARCH_E_INVALID_VALUE;
     if (with_enter != 1) return rewrite_config_file(rec);
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     return rewrite_config_file(rec);
 }

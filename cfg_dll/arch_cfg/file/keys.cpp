@@ -8,8 +8,8 @@
 #include <cstdlib>
 #include <type_traits>
 
+#include "arch_cfg_hold.h"
 #include "asm3.h"
-#include "common/lock.h"
 #include "common/number.h"
 #include "common/report.h"
 #include "common/server.h"
@@ -305,6 +305,6 @@ kqcode_t arch_cfg_add_value(void* cfg_sys, arch_cfg_t* arch, const schar* para_n
 
     if (cfg_sys != nullptr)
         return apply_key(*static_cast<arch_cfg_sys_t*>(cfg_sys), arch, *row, para_name, text);
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     return apply_key(arch_cfg_sys, arch, *row, para_name, text);
 }

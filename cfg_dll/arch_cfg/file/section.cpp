@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "common/lock.h"
+#include "arch_cfg_hold.h"
 #include "common/text.h"
 #include "elog.h"
 #include "ini.h"
@@ -51,7 +51,7 @@ kqcode_t arch_cfg_create(void* cfg_sys, const schar* subname, arch_cfg_t** arch_
     arch_cfg_t*& created = arch_out != nullptr ? *arch_out : ignored;
     if (cfg_sys != nullptr)
         return create_section(*static_cast<arch_cfg_sys_t*>(cfg_sys), subname, created);
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     return create_section(arch_cfg_sys, subname, created);
 }
 

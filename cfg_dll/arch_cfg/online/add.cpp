@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <span>
 
-#include "common/lock.h"
+#include "arch_cfg_hold.h"
 #include "common/report.h"
 #include "common/server.h"
 #include "ntimer_cfg.h"
@@ -189,7 +189,7 @@ kqcode_t add_standby(arch_cfg_t& asked, arch_cfg_type type, std::span<const add_
                      arch_cfg_t** arch_out) {
     *arch_out = nullptr;
     terminate_texts(asked);
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     if (const kqcode_t code = check_rules(arch_cfg_sys, rules, &asked); code < 0) return code;
     if (const kqcode_t code = check_asked(asked, type); code < 0) return code;
     return register_copy(asked, arch_out);
@@ -302,7 +302,7 @@ kqcode_t arch_cfg_add_timer(arch_cfg_t* arch_in, arch_cfg_t** arch_out) {
 kqcode_t arch_cfg_add_sync(arch_cfg_t* arch_in, ulint sys_mode, arch_cfg_t** arch_out) {
     *arch_out = nullptr;
     terminate_texts(*arch_in);
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     if (const kqcode_t code = check_beside_sync(arch_cfg_sys, sys_mode); code < 0) return code;
     if (const kqcode_t code = check_rules(arch_cfg_sys, sync_rules, arch_in); code < 0) return code;
     if (const kqcode_t code = check_asked(*arch_in, ARCH_TYPE_SYNC); code < 0) return code;
@@ -311,7 +311,7 @@ kqcode_t arch_cfg_add_sync(arch_cfg_t* arch_in, ulint sys_mode, arch_cfg_t** arc
 
 kqcode_t arch_cfg_add_subscribe(arch_cfg_t* arch_in, schar* path, arch_cfg_t** arch_out) {
     terminate_texts(*arch_in);
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     if (const kqcode_t code = check_rules(arch_cfg_sys, subscriber_rules, arch_in); code < 0)
         return code;
     if (const kqcode_t code = check_asked(*arch_in, ARCH_TYPE_SUBSCRIBE); code < 0) return code;
@@ -322,7 +322,7 @@ kqcode_t arch_cfg_add_subscribe(arch_cfg_t* arch_in, schar* path, arch_cfg_t** a
 kqcode_t arch_cfg_add_local(const schar* path, ulint space_limit, usint file_size, usint hang_flag,
                             ulint flush_buf_size, arch_cfg_t** cfg_out) {
     *cfg_out = nullptr;
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     pathname_t stored;
     if (const kqcode_t code = take_path(path, stored); code < 0) return code;
     const kqcode_t code = arch_cfg_check_dest_validate(nullptr, stored, ARCH_TYPE_LOCAL);
@@ -336,7 +336,7 @@ kqcode_t arch_cfg_add_local(const schar* path, ulint space_limit, usint file_siz
 kqcode_t arch_cfg_add_remote(const schar* path, schar* inst_name, ulint space_limit,
                              usint file_size, usint, ulint flush_buf_size, arch_cfg_t** arch_out) {
     *arch_out = nullptr;
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     if (const kqcode_t code = check_rules(arch_cfg_sys, remote_rules, nullptr); code < 0)
         return code;
     if (const kqcode_t code = check_remote_instance(inst_name); code < 0) return code;

@@ -1,5 +1,5 @@
 // Dropping a destination.
-#include "common/lock.h"
+#include "arch_cfg_hold.h"
 #include "registry/registry.h"
 
 using namespace arch;
@@ -20,7 +20,7 @@ kqcode_t drop_and_rewrite(arch_cfg_t& arch) KQ_REQUIRES(arch_cfg_sys.mutex) {
 }  // namespace
 
 kqcode_t arch_cfg_drop_low(arch_cfg_t* dst_arch) {
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     if (!is_registered(arch_cfg_sys, dst_arch)) return ARCH_E_DEST_NOT_FOUND;
     return drop_and_rewrite(*dst_arch);
 }
@@ -28,7 +28,7 @@ kqcode_t arch_cfg_drop_low(arch_cfg_t* dst_arch) {
 // One hold of the lock, so that what was found is what is dropped.
 kqcode_t arch_cfg_drop(const schar* dest) {
     if (dest == nullptr || dest[0] == '\0') return ARCH_E_DEST_NOT_FOUND;
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     arch_cfg_t* found =
         find_by_list(dest, [](const schar* text) { return find_destination(arch_cfg_sys, text); });
     if (found == nullptr) return ARCH_E_DEST_NOT_FOUND;

@@ -2,7 +2,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "common/lock.h"
+#include "arch_cfg_hold.h"
 #include "common/report.h"
 #include "common/server.h"
 #include "os.h"
@@ -181,7 +181,7 @@ struct found_member {
 
 found_member look_up(const schar* dest) {
     found_member found{};
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     if (const arch_cfg_t* arch = find_destination(arch_cfg_sys, dest)) {
         found.exists = true;
         found.type = arch->type;
@@ -223,7 +223,7 @@ kqcode_t arch_cfg_add_learner_or_raft(const schar* dest, const schar* ip, usint 
         return refuse_logged(ARCH_E_INVALID_TYPE, "Add learner failed, arch_type[%d] is invalid.",
                              arch_type);
     const member asked{dest != nullptr ? dest : "", ip != nullptr ? ip : "", port, dest_id};
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     const kqcode_t code = add_member(asked, center_id, arch_type, arch_out);
     return code < 0 ? code : write_record(rec);
 }

@@ -1,7 +1,7 @@
 // Membership changes: members leave, are replaced or promoted, and this node's own Raft settings.
 #include <span>
 
-#include "common/lock.h"
+#include "arch_cfg_hold.h"
 #include "common/report.h"
 #include "common/server.h"
 #include "os.h"
@@ -85,7 +85,7 @@ bool promote(arch_cfg_sys_t& registry, const schar* name, const promoted_ids& pr
 
 // Promotes name by name and writes the text; `missing` is the name that is nobody's.
 kqcode_t promote_all(names list, schar* rec, const promoted_ids& promoted, const schar*& missing) {
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     for (const auto& name : list) {
         if (promote(arch_cfg_sys, name, promoted)) continue;
         missing = name;
@@ -110,7 +110,7 @@ void clear_raft_settings(arch_cfg_sys_t& registry) {
 
 kqcode_t arch_cfg_delete_learner(const schar* dest_name, usint, schar* rec) {
     clear_record(rec);
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     if (arch_cfg_t* arch = find_of_type(arch_cfg_sys, ARCH_TYPE_LEARNER, dest_name)) {
         report_change("arch_cfg_delete_learner, delete arch dest[%s]", arch->dest);
         discard(arch_cfg_sys, *arch);
@@ -119,7 +119,7 @@ kqcode_t arch_cfg_delete_learner(const schar* dest_name, usint, schar* rec) {
 }
 
 kqcode_t arch_cfg_delete_raft(const schar* dest_name) {
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     if (arch_cfg_t* arch = find_of_type(arch_cfg_sys, ARCH_TYPE_RAFT, dest_name)) {
         report_change("arch_cfg_delete_raft, delete arch dest[%s]", arch->dest);
         discard(arch_cfg_sys, *arch);
@@ -131,7 +131,7 @@ kqcode_t arch_cfg_change_to_new(usint new_node_num, sysname_t* new_node_arr, sch
     clear_record(rec);
     if (new_node_num == 0 || new_node_arr == nullptr) return ARCH_E_INVALID_VALUE;
     const names list(new_node_arr, new_node_num);
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     discard_if(arch_cfg_sys, [list](const arch_cfg_t& arch) {
         const bool leaves = arch.type == ARCH_TYPE_RAFT && !is_among(list, arch.dest);
         if (leaves) report_change("arch_cfg_change_to_new, delete arch dest[%s]", arch.dest);
@@ -159,19 +159,19 @@ kqcode_t arch_cfg_change_learner_to_raft(usint new_node_num, sysname_t* new_node
 }
 
 void arch_cfg_set_raft_cnt(void) {
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     set_raft_cnt(count_of_type(arch_cfg_sys, ARCH_TYPE_RAFT));
 }
 
 kqcode_t arch_cfg_sys_delete_raft_info(void) {
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     clear_raft_settings(arch_cfg_sys);
     return 0;
 }
 
 kqcode_t arch_delete_raft_info(void) {
     set_raft_cnt(0);
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     discard_if(arch_cfg_sys, is_member);
     clear_raft_settings(arch_cfg_sys);
     return arch_cfg_sys_write_to_file();
@@ -188,7 +188,7 @@ kqcode_t arch_cfg_sys_update_raft_info(ulint raft_hb_interval, ulint raft_vote_i
                              "kqarch.ini.",
                              ip);
     {
-        const registry_hold hold;
+        const arch_cfg_hold hold;
         os_interlock_write(&arch_cfg_sys.raft_vote_interval, raft_vote_interval);
         os_interlock_write(&arch_cfg_sys.raft_hb_interval, raft_hb_interval);
         arch_cfg_sys.xmal_hb_interval = xmal_hb_interval;
@@ -203,6 +203,6 @@ kqcode_t arch_cfg_sys_update_raft_info(ulint raft_hb_interval, ulint raft_vote_i
 }
 
 void arch_cfg_sys_set_raft_vote_interval(ulint raft_vote_interval) {
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     os_interlock_write(&arch_cfg_sys.raft_vote_interval, raft_vote_interval);
 }

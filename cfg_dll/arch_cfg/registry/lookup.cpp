@@ -1,5 +1,5 @@
 // Finding records by what their destination points at.
-#include "common/lock.h"
+#include "arch_cfg_hold.h"
 #include "registry/answers.h"
 
 using namespace arch;
@@ -55,7 +55,7 @@ arch_cfg_t* arch_cfg_find_by_dest_low_without_enter(arch_cfg_sys_t* cfg_sys, con
 }
 
 arch_cfg_t* arch_cfg_find_by_dest_low(const schar* dest) {
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     return find_destination(arch_cfg_sys, dest);
 }
 
@@ -69,7 +69,7 @@ arch_cfg_t* arch_cfg_find_subscribe_without_enter(void) {
 }
 
 arch_cfg_t* arch_cfg_find_subscribe(void) {
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     return arch_cfg_find_subscribe_without_enter();
 }
 
@@ -77,7 +77,7 @@ void arch_cfg_get_arch_arr_by_type(usint arch_type, usint* num, sysname_t* dest_
     usint filled = 0;
     *num = 0;
     {
-        const registry_hold hold;
+        const arch_cfg_hold hold;
         for (const arch_cfg_t& arch : destinations(arch_cfg_sys))
             if (arch.type == arch_type) copy_text(dest_arr[filled++], text_in(arch.dest));
     }

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "common/lock.h"
+#include "arch_cfg_hold.h"
 #include "elog.h"
 #include "os.h"
 #include "registry/reading.h"
@@ -97,7 +97,7 @@ void arch_cfg_sys_destroy(void) {
 void arch_cfg_destroy_for_drs(arch_cfg_t* arch) {
     if (arch == nullptr) return;
     {
-        const registry_hold hold;
+        const arch_cfg_hold hold;
         unlink(arch_cfg_sys, *arch);
     }
     os_free(arch);

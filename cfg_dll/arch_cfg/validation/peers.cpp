@@ -1,5 +1,5 @@
 // The communication configuration beside this one, and two questions that the server asks.
-#include "common/lock.h"
+#include "arch_cfg_hold.h"
 #include "common/report.h"
 #include "common/server.h"
 #include "mal_cfg.h"
@@ -67,7 +67,7 @@ kqbool arch_cfg_has_dsc_arch_dest(void) {
 }
 
 kqbool arch_cfg_has_local_or_sync(void) {
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     return first_of_type(arch_cfg_sys, ARCH_TYPE_LOCAL) != nullptr ||
            first_of_type(arch_cfg_sys, ARCH_TYPE_SYNC) != nullptr;
 }

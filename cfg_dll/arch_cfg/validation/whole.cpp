@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdio>
 
-#include "common/lock.h"
+#include "arch_cfg_hold.h"
 #include "common/report.h"
 #include "common/server.h"
 #include "elog.h"
@@ -290,7 +290,7 @@ kqcode_t check_members(const arch_cfg_sys_t& registry, const walk_result& result
 }  // namespace arch
 
 kqcode_t arch_cfg_sys_validate(kqbool timer_chk, kqbool asm_path_chk) {
-    const registry_hold hold;
+    const arch_cfg_hold hold;
     arch_cfg_sys_t& registry = arch_cfg_sys;
     const type_counts counts(registry);
     if (const kqcode_t code = check_counts(registry, counts); code < 0) return code;
