@@ -34,5 +34,6 @@ INSTANTIATE_TEST_SUITE_P(validation, scenario, testing::ValuesIn(files_of("valid
 INSTANTIATE_TEST_SUITE_P(online, scenario, testing::ValuesIn(files_of("online")), name_of);
 INSTANTIATE_TEST_SUITE_P(exchange, scenario, testing::ValuesIn(files_of("exchange")), name_of);
 INSTANTIATE_TEST_SUITE_P(raft, scenario, testing::ValuesIn(files_of("raft")), name_of);
+INSTANTIATE_TEST_SUITE_P(platform, scenario, testing::ValuesIn(files_of("platform")), name_of);
 
 }  // namespace

@@ -1,199 +1,187 @@
-// Files and directories, ASM storage and the dry run.
+// What the scenarios of the layer do not show: faults one after the other, every key and every
+// interface, and calls without what they work on.
+#include <arpa/inet.h>
+#include <conf.h>
+#include <dcr_dll.h>
+#include <elog.h>
 #include <gtest/gtest.h>
+#include <ifaddrs.h>
+#include <ini.h>
 #include <kq_fault.h>
+#include <kq_instance.h>
+#include <mal_cfg.h>
+#include <mem.h>
+#include <netinet/in.h>
 #include <os.h>
 #include <osfile.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <utl.h>
 
+#include <cctype>
 #include <filesystem>
 #include <string>
+#include <thread>
+#include <vector>
 
+#include "support/capture.h"
 #include "support/instance.h"
 
-namespace fs = std::filesystem;
-using test_support::instance_directory;
-using test_support::read_file;
-using test_support::write_file;
+using namespace test_support;
 
 namespace {
 
-mode_t mode_of(const std::string& path) {
-    struct stat status {};
-    EXPECT_EQ(lstat(path.c_str(), &status), 0) << path;
-    return status.st_mode & 07777;
-}
-
-class dry_run {
-  public:
-    dry_run() { os_set_dry_run(1); }
-    ~dry_run() { os_set_dry_run(0); }
-};
-
-TEST(files, are_missing_only_when_that_is_certain) {
-    instance_directory directory;
-    write_file("file", "");
-    fs::create_symlink("nowhere", "dangling");
-    for (const char* path : {"file", ".", "dangling"})
-        EXPECT_EQ(os_file_is_exist(path), 1u) << path;
-    EXPECT_EQ(os_file_is_exist(std::string(300, 'n').c_str()), 1u);
-    for (const char* path : {"missing", "file/below", "missing/below", "", "+A/x"}) {
-        EXPECT_EQ(os_file_is_exist(path), 0u) << path;
+// Makes the first operation of `call` fail, then the second, ... until it goes through: then the
+// call returns true, else false.
+template <class Call>
+void with_every_fault(Call call) {
+    for (ulint nth = 1;; ++nth) {
+        SCOPED_TRACE(nth);
+        instance_directory directory;
+        bool fired = call([nth] { kq_fault_arm("any", nth, 0); });
+        if (!fired) break;
+        ASSERT_LT(nth, 100u);
     }
-    EXPECT_EQ(os_file_is_exist(nullptr), 0u);
 }
 
-TEST(files, are_created_exclusively_and_never_through_a_link) {
-    instance_directory directory;
-    fs::create_symlink("target", "link");
-    os_handle_t handle = os_file_create_normal("new");
-    ASSERT_GE(handle, 0);
-    os_file_close_normal(handle);
-    EXPECT_EQ(mode_of("new"), 0600u);
-    for (const char* path : {"new", "link", "missing/new", ".", ""}) {
-        EXPECT_EQ(os_file_create_normal(path), OS_HANDLE_INVALID) << path;
-        EXPECT_EQ(os_file_create_with_init(path, 1, 4, 1), OS_HANDLE_INVALID) << path;
-    }
-    EXPECT_FALSE(fs::exists("target"));
-    EXPECT_EQ(os_file_create_normal(nullptr), OS_HANDLE_INVALID);
-    os_file_close(OS_HANDLE_INVALID);
-}
-
-TEST(files, are_filled_with_zeros_or_not_left_behind) {
-    instance_directory directory;
-    os_handle_t handle = os_file_create_with_init("zeros", 200000, 4, 1);
-    ASSERT_GE(handle, 0);
-    os_file_close(handle);
-    EXPECT_EQ(read_file("zeros"), std::string(200000, '\0'));
-    EXPECT_EQ(mode_of("zeros"), 0600u);
-    kq_fault_arm("file_write", 3, 0);
-    EXPECT_EQ(os_file_create_with_init("full", 200000, 4, 1), OS_HANDLE_INVALID);
-    EXPECT_EQ(kq_fault_hits(), 1u);
+// Disarms; whether the fault was met.
+bool fault_was_met() {
+    bool met = kq_fault_hits() > 0;
     kq_fault_disarm();
-    EXPECT_FALSE(fs::exists("full"));
-    EXPECT_EQ(os_file_delete("zeros"), 1u);
-    EXPECT_EQ(os_file_delete("zeros"), 0u);
-    EXPECT_EQ(os_file_delete("."), 0u);
+    return met;
 }
 
-TEST(directories, are_created_with_their_parents) {
-    instance_directory directory;
-    umask(022);
-    write_file("file", "");
-    fs::create_symlink("nowhere", "dangling");
-    for (const char* path : {"a/b//c/", "a/b", "./d", "a/../e/f", "."}) {
-        EXPECT_EQ(os_dir_create(path), 1u) << path;
-        EXPECT_EQ(os_dir_is_exist(path), 1u) << path;
-    }
-    EXPECT_EQ(mode_of("a"), 0750u);
-    EXPECT_EQ(mode_of("a/b/c"), 0750u);
-    EXPECT_TRUE(fs::is_directory("e/f"));
-    std::string too_long = "g";
-    while (too_long.size() < 5000)
-        too_long += "/" + std::string(100, 'g');
-    for (const std::string& path :
-         {std::string("file"), std::string("file/x"), std::string("dangling"), std::string(""),
-          std::string("dfs:x"), std::string("+A"), std::string(300, 'n'), too_long}) {
-        EXPECT_EQ(os_dir_create(path.c_str()), 0u) << path;
-        EXPECT_EQ(os_dir_is_exist(path.c_str()), 0u) << path;
-    }
-    EXPECT_FALSE(fs::exists("g"));
-    EXPECT_EQ(os_dir_create(nullptr), 0u);
+TEST(config_files, survive_every_fault) {
+    with_every_fault([](auto arm) {
+        write_file("kqtimer.ini", "[T]\n");
+        write_file("kqmal.ini", "[m]\nMAL_INST_NAME = M\n");
+        write_file("kq.ini", "MAL_INI = 1\nTIMER_INI = 1\n");
+        descriptor_capture console(2);
+        arm();
+        kqcode_t code = kq_instance_open(".");
+        bool met = fault_was_met();
+        EXPECT_EQ(code < 0, met);
+        EXPECT_EQ(ini_get_instance_name() == nullptr, met);
+        EXPECT_EQ(mal_cfg_get_by_inst_name("M") == nullptr, met);
+        EXPECT_EQ(console.text().empty(), !met);
+        return met;
+    });
 }
 
-TEST(paths, may_be_longer_than_a_path_name) {
-    instance_directory directory;
-    std::string path;
-    while (path.size() < 600)
-        path += std::string(100, 'p') + "/";
-    ASSERT_EQ(os_dir_create(path.c_str()), 1u);
-    std::string file = path + "file";
-    os_file_close_normal(os_file_create_normal(file.c_str()));
-    EXPECT_EQ(os_file_is_exist(file.c_str()), 1u);
-    EXPECT_EQ(os_file_copy(file.c_str(), (path + "copy").c_str(), 0), 1u);
-    EXPECT_EQ(os_file_check_overflow(file.c_str(), 0, 1), 0);
-    EXPECT_EQ(os_file_delete(file.c_str()), 1u);
+TEST(file_copy, leaves_the_old_target_whole_when_anything_fails) {
+    for (const auto& row : {std::pair{true, 1u}, {false, 1u}, {false, 0u}}) {
+        with_every_fault([has_target = row.first, replace = row.second](auto arm) {
+            write_file("source", std::string(150000, 'n'));
+            if (has_target) write_file("target", "old");
+            arm();
+            kqbool copied = os_file_copy("source", "target", replace);
+            bool met = fault_was_met();
+            EXPECT_EQ(copied, met ? 0u : 1u);
+            EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."), {}),
+                      copied != 0 || has_target ? 2 : 1);
+            if (met && has_target) EXPECT_EQ(read_file("target"), "old");
+            return met;
+        });
+    }
 }
 
-TEST(asm_storage, lies_under_its_root_and_nowhere_else) {
-    instance_directory directory;
-    fs::create_directory("disk");
-    write_file("outside", "");
-    ASSERT_EQ(directory.open("ASM_ROOT = disk\n"), 0);
-    EXPECT_EQ(os_dir_create("+DATA/arch"), 1u);
-    EXPECT_TRUE(fs::is_directory("disk/DATA/arch"));
-    EXPECT_EQ(os_dir_is_exist("+DATA/arch"), 1u);
-    os_file_close(os_file_create_with_init("+DATA/arch/f", 10, 4, 1));
-    EXPECT_EQ(fs::file_size("disk/DATA/arch/f"), 10u);
-    EXPECT_EQ(os_file_copy("+DATA/arch/f", "+DATA/arch/g", 0), 1u);
-    EXPECT_EQ(os_file_is_exist("+DATA/arch/g"), 1u);
-    EXPECT_EQ(os_file_delete("+DATA/arch/g"), 1u);
-    EXPECT_FALSE(fs::exists("disk/DATA/arch/g"));
-    for (const char* path : {"+../outside", "+DATA/../../outside", "+DATA/.."}) {
-        EXPECT_EQ(os_file_is_exist(path), 0u) << path;
-        EXPECT_EQ(os_file_delete(path), 0u) << path;
-        EXPECT_EQ(os_dir_create(path), 0u) << path;
+TEST(ini_keys, are_found_in_any_case_and_nothing_near_them) {
+    ulint found = 0;
+    for (ulint index = 0; index < 300; ++index) {
+        const other_ini_alterable_t* entry = ini_get_other_ini_info_by_index(index);
+        if (entry == nullptr) continue;
+        ++found;
+        const std::string name = entry->para_name;
+        EXPECT_EQ(entry->para_string, name + (entry->is_str ? " = %s\n" : " = %u\n"));
+        EXPECT_LE(entry->min_value, entry->max_value) << name;
+        std::string mixed = name;
+        for (std::size_t i = 0; i < mixed.size(); i += 2)
+            mixed[i] = static_cast<char>(std::tolower(mixed[i]));
+        EXPECT_EQ(ini_get_other_ini_array_index(name.c_str()), static_cast<lint>(index)) << name;
+        EXPECT_EQ(ini_get_other_ini_array_index(mixed.c_str()), static_cast<lint>(index)) << mixed;
+        std::vector<std::string> near = {name + "_", name.substr(0, name.size() - 1)};
+        for (std::size_t i = 0; i < name.size(); ++i) {
+            for (char wrong : {'\x7f', '\x1f', '0', '?'})
+                near.push_back(name.substr(0, i) + wrong + name.substr(i + 1));
+        }
+        for (const std::string& text : near)
+            EXPECT_EQ(ini_get_other_ini_array_index(text.c_str()), -1) << text;
     }
-    EXPECT_TRUE(fs::exists("outside"));
-    EXPECT_EQ(os_dir_create("+DATA/..x"), 1u);
-    EXPECT_EQ(os_file_path_is_asm("+"), 1u);
-    EXPECT_EQ(os_file_path_is_asm("x+"), 0u);
-    EXPECT_EQ(os_file_path_is_dfs("dfs:"), 1u);
-    EXPECT_EQ(os_file_path_is_dfs("df"), 0u);
+    EXPECT_GE(found, 35u);
+    EXPECT_EQ(ini_get_other_ini_info_by_index(~0u), nullptr);
 }
 
-TEST(space, is_that_of_the_nearest_directory) {
-    instance_directory directory;
-    write_file("file", "");
-    for (const char* path : {"missing/deep/x", "file/below/x", "x", "/", "/missing", "", "//"}) {
-        EXPECT_EQ(os_file_check_overflow(path, 1, 0), 0) << path;
-        EXPECT_NE(os_file_check_overflow(path, 1, ~0ull), 0) << path;
+TEST(addresses, of_every_interface_are_local) {
+    ifaddrs* first = nullptr;
+    ASSERT_EQ(getifaddrs(&first), 0);
+    for (const ifaddrs* each = first; each != nullptr; each = each->ifa_next) {
+        int family = each->ifa_addr != nullptr ? each->ifa_addr->sa_family : 0;
+        const void* address = &reinterpret_cast<sockaddr_in6*>(each->ifa_addr)->sin6_addr;
+        if (family == AF_INET)
+            address = &reinterpret_cast<sockaddr_in*>(each->ifa_addr)->sin_addr;
+        else if (family != AF_INET6)
+            continue;
+        schar text[INET6_ADDRSTRLEN] = "";
+        ASSERT_NE(inet_ntop(family, address, text, sizeof text), nullptr);
+        EXPECT_EQ(ip_is_local_ip(text), 1u) << text;
     }
-    EXPECT_EQ(os_file_check_overflow("missing/x", 0, 1), 0);
-    EXPECT_EQ(os_file_check_overflow("+A/x", 0, ~0ull), 0);
-    // No file system that tests run on is that large and has that little left.
-    EXPECT_NE(os_file_check_overflow("/proc/self/x", 0, 1), 0);
+    freeifaddrs(first);
 }
 
-TEST(dry_runs, change_nothing_and_say_what_could_be) {
+TEST(error_log, is_whole_with_many_threads) {
     instance_directory directory;
-    write_file("file", "");
-    fs::create_symlink("nowhere", "dangling");
-    dry_run on;
-    for (const char* path : {"a/b/c", ".", "a/"})
-        EXPECT_EQ(os_dir_create(path), 1u) << path;
-    for (const char* path : {"file", "file/x", "dangling", "dangling/x", "dfs:x", "+A", ""}) {
-        EXPECT_EQ(os_dir_create(path), 0u) << path;
+    const std::string text(5000, 't');
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int line = 0; line < 50; ++line)
+                elog_report_ex(4, "%s", text.c_str());
+        });
     }
-    for (const char* path : {"file", "file/x", "dangling", ""}) {
-        EXPECT_EQ(os_file_create_with_init(path, 1, 4, 1), OS_HANDLE_INVALID) << path;
-    }
-    std::string name_too_long = "a/" + std::string(256, 'n');
-    EXPECT_EQ(os_file_create_with_init(name_too_long.c_str(), 1, 4, 1), OS_HANDLE_INVALID);
-    EXPECT_FALSE(fs::exists("a"));
-}
-
-TEST(dry_runs, delete_only_what_was_really_created) {
-    instance_directory directory;
-    write_file("real", "");
-    dry_run on;
-    os_handle_t handle = os_file_create_with_init("a/probe", 4096, 4, 1);
-    ASSERT_NE(handle, OS_HANDLE_INVALID);
-    EXPECT_EQ(os_file_create_with_init("a/probe", 4096, 4, 1), OS_HANDLE_INVALID);
-    os_file_close(handle);
-    fs::create_directory("a");
-    write_file("a/probe", "of somebody else");
-    EXPECT_EQ(os_file_delete("a/probe"), 1u);
-    EXPECT_EQ(read_file("a/probe"), "of somebody else");
-    EXPECT_EQ(os_file_delete("real"), 1u);
-    EXPECT_FALSE(fs::exists("real"));
+    for (std::thread& thread : threads)
+        thread.join();
+    const std::string all = read_file(directory.error_log());
+    const std::string stamp = "2026-01-31 12:00:00.000 ";
+    const size_t length = stamp.size() + 4 + text.size() + 1;
+    ASSERT_EQ(all.size(), 200 * length);
+    for (size_t at = 0; at < all.size(); at += length)
+        ASSERT_EQ(all.substr(at + stamp.size(), length - stamp.size()), "[4] " + text + "\n");
 }
 
 TEST(dry_runs, do_not_wait) {
-    dry_run on;
     ulint64 before = kq_get_tick_count();
+    os_thread_sleep_low(20);
+    EXPECT_GE(kq_get_tick_count() - before, 20u);
+    os_set_dry_run(1);
     os_thread_sleep_low(60000);
+    os_set_dry_run(0);
     EXPECT_LT(kq_get_tick_count() - before, 30000u);
+}
+
+// A caller may leave out what it does not want, and whoever hands over nothing gets nothing.
+TEST(nothing, is_taken_where_something_should_be) {
+    instance_directory directory;
+    const schar* const no_format = nullptr;
+    descriptor_capture console(2);
+    aq_fprintf_inner(nullptr, "nobody");
+    aq_fprintf_inner(stderr, no_format, 1);
+    elog_report_ex(4, no_format, 1);
+    elog_report_ex(2, "%s", "");
+    elog_try_report_kqerr(-1, nullptr, 7);
+    EXPECT_EQ(console.text(), "");
+    const std::string logged = read_file(directory.error_log());
+    EXPECT_NE(logged.find(" [2] \n"), logged.npos) << logged;
+    EXPECT_NE(logged.find(" [4] code -1 raised at ?:7\n"), logged.npos) << logged;
+    EXPECT_EQ(std::count(logged.begin(), logged.end(), '\n'), 2);
+    EXPECT_LT(conf_get_global_conf_value(1, nullptr), 0);
+    byte count = 0, numbers[DCR_EP_MAX], map[DCR_EP_MAX];
+    EXPECT_LT(dcr3_dll_group_get_ok_ep_arr(0, &count, numbers, map), 0);
+    EXPECT_EQ(kqerr_get_err_desc_with_langage(-12345, 0, nullptr, nullptr, 0), -12345);
+    EXPECT_EQ(kq_strupr(nullptr), nullptr);
+    cut_path_end_dir(nullptr);
+    utl_init_uid_ext(nullptr);
+    EXPECT_EQ(utl_resolve_userid_low("u/p@s", nullptr, nullptr, nullptr, nullptr, nullptr), 0);
+    os_mutex2_create(nullptr);
+    os_mutex2_free(nullptr);
+    mem_free(nullptr, nullptr);
 }
 
 }  // namespace

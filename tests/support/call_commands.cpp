@@ -1,90 +1,16 @@
 // Commands that are functions of the module, under their names, of which "arch_cfg_" may be left
-// out, with the arguments in the order of their declaration. A registry argument is null, process (the process registry's address) or own;
-// a record argument is a section's name or null.
-#include "support/fields.h"
-#include "support/scenario.h"
+// out.
+#include "support/binding.h"
 
 #include <cstring>
-#include <stdexcept>
-#include <type_traits>
-#include <utility>
+
+#include "support/fields.h"
 
 namespace test_support {
 
 namespace {
 
 using context = command_context;
-
-arch_cfg_sys_t* registry_of(const context& call, size_t index) {
-    if (call.argument(index) == "own") return &call.own_registry;
-    return call.argument(index) == "process" ? &arch_cfg_sys : nullptr;
-}
-
-arch_cfg_t* record_of(const context& call, size_t index) {
-    if (call.argument(index) == "null") return nullptr;
-    for (const arch_cfg_sys_t* registry : {&arch_cfg_sys, &call.own_registry}) {
-        if (arch_cfg_t* arch = find_record(*registry, call.argument(index))) return arch;
-    }
-    throw std::runtime_error("no record " + call.argument(index));
-}
-
-std::string name_of(const arch_cfg_t* arch) {
-    return arch ? arch->name : "null";
-}
-
-// ---- Functions whose arguments and result are numbers, texts and records ----
-
-template <class Parameter>
-Parameter argument_of(const context& call, size_t index) {
-    if constexpr (std::is_same_v<Parameter, arch_cfg_sys_t*>)
-        return registry_of(call, index);
-    else if constexpr (std::is_same_v<std::remove_const_t<std::remove_pointer_t<Parameter>>,
-                                      arch_cfg_t>)
-        return record_of(call, index);
-    else if constexpr (std::is_pointer_v<Parameter>)
-        return call.text(index);
-    else
-        return static_cast<Parameter>(std::stoull(call.argument(index)));
-}
-
-template <class Result>
-std::string shown(Result result) {
-    if constexpr (std::is_same_v<Result, arch_cfg_t*>)
-        return name_of(result);
-    else if constexpr (std::is_pointer_v<Result>)
-        return result;
-    else
-        return std::to_string(result);
-}
-
-template <class Result, class... Parameters, size_t... Indices>
-std::string call_with(const context& call, Result (*function)(Parameters...),
-                      std::index_sequence<Indices...>) {
-    if constexpr (std::is_void_v<Result>) {
-        function(argument_of<Parameters>(call, Indices)...);
-        return "ok";
-    } else {
-        return shown(function(argument_of<Parameters>(call, Indices)...));
-    }
-}
-
-template <class Result, class... Parameters>
-std::string call_bound(const context& call, Result (*function)(Parameters...)) {
-    return call_with(call, function, std::index_sequence_for<Parameters...>());
-}
-
-template <auto Function>
-std::string bound(const context& call) {
-    return call_bound(call, Function);
-}
-
-template <auto Function>
-std::string bound_locked(const context& call) {
-    arch_cfg_hold lock;
-    return call_bound(call, Function);
-}
-
-// ---- Functions that hand out more than a result ----
 
 std::string create(const context& call) {
     arch_cfg_t unwritten;
@@ -179,11 +105,6 @@ std::string whole_validate(const context& call) {
 }
 
 }  // namespace
-
-using entry = command_table::value_type;
-
-#define BOUND(function) entry(#function, bound<function>)
-#define BOUND_LOCKED(function) entry(#function, bound_locked<function>)
 
 const command_table& call_commands() {
     static const command_table table = {

@@ -22,16 +22,12 @@ std::string visible(const std::string& text) {
     for (size_t at = 0; at < text.size();) {
         char character = text[at];
         size_t run = std::min(text.find_first_not_of(character, at), text.size()) - at;
-        char code[8];
-        if (run >= long_run) {
-            shown += "{" + std::string(1, character) + "*" + std::to_string(run) + "}";
-        } else if (static_cast<unsigned char>(character) < ' ' && character != '\n') {
-            snprintf(code, sizeof code, "<%02x>", static_cast<unsigned>(character));
-            for (size_t i = 0; i < run; i++)
-                shown += code;
-        } else {
-            shown.append(run, character);
-        }
+        char one[8] = {character};
+        if (static_cast<unsigned char>(character) < ' ' && character != '\n')
+            snprintf(one, sizeof one, "<%02x>", static_cast<unsigned>(character));
+        if (run >= long_run) shown += "{" + std::string(one) + "*" + std::to_string(run) + "}";
+        for (size_t i = 0; i < run && run < long_run; i++)
+            shown += one;
         at += run;
     }
     return std::regex_replace(shown, std::regex(" (\n|$)"), "\\x20$1");

@@ -120,7 +120,7 @@ std::string expand_input(const std::string& input, const definitions& defined) {
 
 command_function find_command(const std::string& name) {
     for (auto table : {file_commands, registry_commands, call_commands, online_commands,
-                       cluster_commands, raft_commands}) {
+                       cluster_commands, raft_commands, platform_commands}) {
         for (const std::string& each : {name, "arch_cfg_" + name})
             if (auto found = table().find(each); found != table().end()) return found->second;
     }

@@ -91,6 +91,7 @@ const command_table& call_commands();
 const command_table& online_commands();
 const command_table& cluster_commands();
 const command_table& raft_commands();
+const command_table& platform_commands();
 
 std::string code_text(kqcode_t code);
 
