@@ -112,6 +112,8 @@ TEST_F(buffers, names_are_cut_to_their_field) {
     EXPECT_EQ(std::string(record.behind, 64), std::string(64, guard));
     EXPECT_EQ(record.arch.link.prev, nullptr);
     EXPECT_EQ(record.arch.link.next, nullptr);
+    arch_init(&record.arch, nullptr);
+    EXPECT_STREQ(record.arch.name, "");
     EXPECT_EQ(arch_cfg_destroy(&record.arch), 0);
 }
 

@@ -214,6 +214,8 @@ TEST_F(wire, an_array_that_cannot_grow_is_left_as_it_was) {
     EXPECT_EQ(array.fill(array.paths[3]), 0);
     EXPECT_STREQ(array.paths[15], "/15");
     EXPECT_STREQ(array.paths[16], "/3");
+    EXPECT_EQ(array.fill(nullptr), 0);
+    EXPECT_STREQ(array.paths[17], "");
     mem_free(array.env, array.paths);
     EXPECT_EQ(mem_env_destroy(array.env), 0u);
 }

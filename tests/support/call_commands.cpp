@@ -24,8 +24,8 @@ std::string create(const context& call) {
 // The value may hold what the key's own rule changes in place, so it is handed over as a copy.
 std::string add_value(const context& call) {
     std::string value = call.argument(3);
-    return code_text(
-        arch_cfg_add_value(registry_of(call, 0), record_of(call, 1), call.text(2), value.data()));
+    return code_text(arch_cfg_add_value(registry_of(call, 0), record_of(call, 1), call.text(2),
+                                        call.text(3) ? value.data() : nullptr));
 }
 
 std::string get_name(const context& call) {
