@@ -8,14 +8,6 @@
 
 namespace arch {
 
-// In the order of the machine: x86-64 has the first character in the lowest byte.
-template <typename Word = ulint64>
-Word word_at(const schar* text) {
-    Word word;
-    std::memcpy(&word, text, sizeof word);
-    return word;
-}
-
 // Folds each of eight characters as `fold` does one. In a byte whose upper bit is free, adding what
 // is missing to 128 sets that bit for each character from a letter on.
 constexpr ulint64 fold_word(ulint64 word) {
@@ -39,6 +31,11 @@ inline ulint64 head_of(std::string_view text) {
     for (std::size_t i = 0; i < size; ++i)
         head |= static_cast<ulint64>(static_cast<byte>(first[i])) << 8 * i;
     return head;
+}
+
+// The last eight characters of a text, or all of a shorter one.
+inline ulint64 tail_of(std::string_view text) {
+    return text.size() >= 8 ? word_at(text.data() + text.size() - 8) : head_of(text);
 }
 
 // Whether one of eight characters is a control character. Taking 0x20 away borrows from the bit of
