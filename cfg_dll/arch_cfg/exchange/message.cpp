@@ -20,21 +20,32 @@ bool is_well_formed(std::span<const byte> body, bool with_names) {
     std::string_view path;
     std::string_view name;
     byte_reader reader(body);
-    while (!reader.at_end())
+    while (!reader.at_end()) {
         if (!read_entry(reader, with_names, path, name)) return false;
+        if (has_control(path) || has_control(name)) return false;
+    }
     return true;
 }
 
+// Whole texts with case. Paths begin alike: their ends decide most comparisons.
+bool is_same(std::string_view left, std::string_view right) {
+    return left.size() == right.size() && tail_of(left) == tail_of(right) && left == right;
+}
+
 // Whether one of a peer's entries has the path, with case, and the name, without.
-bool has_entry(const kq_lst_t& entries, const schar* path, const schar* name) {
-    for (const kq_lst_node_t* node = entries.start; node != nullptr; node = node->next)
-        if (same_path(path_of(*node), path) && same_text(name_of(*node), name)) return true;
+bool has_entry(const kq_lst_t& entries, const path_entry& wanted) {
+    for (const kq_lst_node_t* node = entries.start; node != nullptr; node = node->next) {
+        const path_entry& entry = entry_of(*node);
+        if (is_same(entry.path_text(), wanted.path_text()) &&
+            same_text(entry.name_text(), wanted.name_text()))
+            return true;
+    }
     return false;
 }
 
-bool has_path(const kq_lst_t& entries, const schar* path) {
+bool has_path(const kq_lst_t& entries, std::string_view path) {
     for (const kq_lst_node_t* node = entries.start; node != nullptr; node = node->next)
-        if (same_path(path_of(*node), path)) return true;
+        if (is_same(entry_of(*node).path_text(), path)) return true;
     return false;
 }
 
@@ -43,7 +54,7 @@ kqcode_t check_shared(kqenv_t env, const kq_lst_t& peer) KQ_REQUIRES(arch_cfg_sy
     scoped_list<free_entries> own(env);
     if (const kqcode_t code = arch_cfg_get_all_remote_dest(env, &own.list); code < 0) return code;
     for (const kq_lst_node_t* node = own.list.start; node != nullptr; node = node->next)
-        if (!has_entry(peer, path_of(*node), name_of(*node))) return ARCH_E_PEER_CFG_MISMATCH;
+        if (!has_entry(peer, entry_of(*node))) return ARCH_E_PEER_CFG_MISMATCH;
     return 0;
 }
 
@@ -54,7 +65,7 @@ kqcode_t check_unshared(kqenv_t env, const kq_lst_t& peer) KQ_REQUIRES(arch_cfg_
     const kqcode_t code = arch_cfg_get_all_local_and_remote_dest(env, &own.list, 0, 0);
     if (code < 0) return code;
     for (const kq_lst_node_t* node = own.list.start; node != nullptr; node = node->next)
-        if (has_path(peer, path_of(*node))) return ARCH_E_PEER_PATH_CONFLICT;
+        if (has_path(peer, static_cast<const schar*>(node->data))) return ARCH_E_PEER_PATH_CONFLICT;
     return 0;
 }
 
@@ -75,14 +86,18 @@ ulint arch_cfg_info_len_calc(kqbool inst_check) {
 ulint arch_cfg_info_encode(byte* msg_buf, ulint off, ulint, kqbool inst_check) {
     const std::string_view own = own_name();
     byte* const body = msg_buf + off + body_length_size;
-    byte_writer out(body);
+    byte* at = body;
     for (const arch_cfg_t& arch : destinations(arch_cfg_sys)) {
         if (!holds_archives(arch)) continue;
-        out.text(text_in(arch.dest));
-        if (inst_check == 1) out.text(owner_of(arch, own));
+        at = write_field(at, arch.dest, sizeof arch.dest);
+        if (inst_check != 1) continue;
+        if (arch.type == ARCH_TYPE_REMOTE)
+            at = write_field(at, arch.timer_name, KQ_SYSNAME_MAX);
+        else
+            at = write_text(at, own.substr(0, KQ_SYSNAME_MAX));
     }
-    const ulint body_length = static_cast<ulint>(out.at() - body);
-    byte_writer(msg_buf + off).number(body_length, body_length_size);
+    const ulint body_length = static_cast<ulint>(at - body);
+    write_number<body_length_size>(msg_buf + off, body_length);
     return body_length_size + body_length;
 }
 

@@ -22,6 +22,15 @@ void free_parts(kqenv_t env, kq_lst_node_t* node) {
     mem_free(env, node);
 }
 
+// Fills a field of a new entry; how long its text is.
+template <std::size_t Size>
+usint store_text(schar (&field)[Size], std::string_view text) {
+    text = text.substr(0, Size - 1);
+    copy_characters(field, text);
+    field[text.size()] = '\0';
+    return static_cast<usint>(text.size());
+}
+
 template <typename FreeNode>
 void free_list(kq_lst_t& list, FreeNode free_node) {
     for (kq_lst_node_t* node = list.start; node != nullptr;) {
@@ -61,8 +70,8 @@ std::string_view own_name() {
 bool append_entry(kqenv_t env, kq_lst_t& list, std::string_view path, std::string_view name) {
     auto* entry = pool_block<path_entry>(env);
     if (entry == nullptr) return false;
-    copy_text(entry->path, path);
-    copy_text(entry->name, name);
+    entry->path_length = store_text(entry->path, path);
+    entry->name_length = store_text(entry->name, name);
     entry->node.data = entry->path;
     entry->node.flag = entry->name;
     append_node(list, entry->node);

@@ -29,17 +29,19 @@ struct path_entry {
     kq_lst_node_t node;
     pathname_t path;
     sysname_t name;
+    usint path_length;
+    usint name_length;
+
+    std::string_view path_text() const { return {path, path_length}; }
+    std::string_view name_text() const { return {name, name_length}; }
 };
 
-inline const schar* path_of(const kq_lst_node_t& node) {
-    return static_cast<const schar*>(node.data);
+// The entry of a node of a list of such entries.
+inline const path_entry& entry_of(const kq_lst_node_t& node) {
+    return reinterpret_cast<const path_entry&>(node);
 }
 
-inline const schar* name_of(const kq_lst_node_t& node) {
-    return static_cast<const schar*>(node.flag);
-}
-
-// Appends an entry of one block; false when there is no memory. A name that is too long is cut.
+// Appends an entry of one block; false when there is no memory. A text that is too long is cut.
 bool append_entry(kqenv_t env, kq_lst_t& list, std::string_view path, std::string_view name);
 
 void free_entries(kqenv_t env, kq_lst_t& list);  // of one block each

@@ -17,27 +17,31 @@ namespace arch {
 constexpr ulint body_length_size = 4;
 constexpr ulint text_length_size = 2;
 
-// Writes into a buffer that the caller has sized with the same walk.
-class byte_writer {
-  public:
-    explicit byte_writer(byte* at) : at_(at) {}
+// The writers return where they end, in a buffer that the caller has sized with the same walk.
+template <ulint Width>
+byte* write_number(byte* at, ulint value) {
+    for (ulint i = 0; i < Width; ++i)
+        at[i] = static_cast<byte>(value >> 8 * i);
+    return at + Width;
+}
 
-    void number(ulint value, ulint width) {
-        for (ulint i = 0; i < width; ++i)
-            *at_++ = static_cast<byte>(value >> 8 * i);
-    }
+inline byte* write_text(byte* at, std::string_view text) {
+    at = write_number<text_length_size>(at, static_cast<ulint>(text.size()));
+    copy_characters(reinterpret_cast<schar*>(at), text);
+    return at + text.size();
+}
 
-    void text(std::string_view text) {
-        number(static_cast<ulint>(text.size()), text_length_size);
-        copy_characters(reinterpret_cast<schar*>(at_), text);
-        at_ += text.size();
-    }
-
-    const byte* at() const { return at_; }
-
-  private:
-    byte* at_;
-};
+// The text in a field, at most `longest` characters: copied in the pass that finds its end.
+inline byte* write_field(byte* at, const schar* field, std::size_t longest) {
+    schar* const to = reinterpret_cast<schar*>(at + text_length_size);
+    std::size_t copied = 0;
+    const std::size_t length = find_end(field, longest, [&](std::size_t from, ulint64 word) {
+        std::memcpy(to + from, &word, sizeof word);
+        copied = from + sizeof word;
+    });
+    copy_characters(to + copied, {field + copied, length - copied});
+    return write_number<text_length_size>(at, static_cast<ulint>(length)) + length;
+}
 
 // Reads a peer's bytes and believes no length.
 class byte_reader {
@@ -46,14 +50,14 @@ class byte_reader {
 
     bool at_end() const { return rest_.empty(); }
 
-    // False when the text runs past the end, is longer than `longest` or is no plain text.
+    // False when the text runs past the end or is longer than `longest`.
     bool text(std::size_t longest, std::string_view& read) {
         if (rest_.size() < text_length_size) return false;
         const std::size_t length = static_cast<std::size_t>(rest_[0] | rest_[1] << 8);
         if (length > longest || length > rest_.size() - text_length_size) return false;
         read = {reinterpret_cast<const schar*>(rest_.data()) + text_length_size, length};
         rest_ = rest_.subspan(text_length_size + length);
-        return !has_control(read);
+        return true;
     }
 
   private:
