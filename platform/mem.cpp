@@ -1,11 +1,13 @@
 #include "mem.h"
 
+#include <array>
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>
 #include <limits>
 #include <mutex>
 #include <new>
+#include <utility>
 
 #include "fault.h"
 
@@ -24,11 +26,22 @@ struct kqenv_struct {
     ulint64 used = 0;
     ulint count = 0;
     block_header* first = nullptr;
+    // Blocks that were given back, to be handed out again: small ones, each list of one size.
+    std::array<block_header*, 33> kept{};
 };
 
 namespace {
 
 using block_header = kqenv_struct::block_header;
+
+// The address sanitizer has to see each block end.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool keeps_blocks = false;
+#elif defined(__has_feature)
+constexpr bool keeps_blocks = !__has_feature(address_sanitizer);
+#else
+constexpr bool keeps_blocks = true;
+#endif
 
 void link_block(kqenv_struct& pool, block_header* header) {
     header->prev = nullptr;
@@ -46,6 +59,31 @@ void unlink_block(kqenv_struct& pool, block_header* header) {
     --pool.count;
 }
 
+// The list that blocks of a size are kept in; null for one that is not kept.
+block_header** kept_of(kqenv_struct& pool, ulint64 size) {
+    const ulint64 place = size / 16;
+    return keeps_blocks && place < pool.kept.size() ? &pool.kept[place] : nullptr;
+}
+
+block_header* take_kept(kqenv_struct& pool, ulint64 size) {
+    block_header** const kept = kept_of(pool, size);
+    if (kept == nullptr || *kept == nullptr || (*kept)->size != size) return nullptr;
+    return std::exchange(*kept, (*kept)->next);
+}
+
+// False when the block is not to be kept.
+bool keep(kqenv_struct& pool, block_header* header) {
+    block_header** const kept = kept_of(pool, header->size);
+    if (kept == nullptr || (*kept != nullptr && (*kept)->size != header->size)) return false;
+    header->next = std::exchange(*kept, header);
+    return true;
+}
+
+void free_list(block_header* header) {
+    while (header != nullptr)
+        std::free(std::exchange(header, header->next));
+}
+
 }  // namespace
 
 void* mem_malloc_ex(kqenv_t env, ulint64 size, const schar*, ulint) {
@@ -54,7 +92,9 @@ void* mem_malloc_ex(kqenv_t env, ulint64 size, const schar*, ulint) {
     std::lock_guard hold(env->mutex);
     ulint64 limit = env->limit != 0 ? env->limit : std::numeric_limits<ulint64>::max();
     if (size > limit - env->used) return nullptr;
-    auto* header = static_cast<block_header*>(std::malloc(sizeof(block_header) + size));
+    block_header* header = take_kept(*env, size);
+    if (header == nullptr)
+        header = static_cast<block_header*>(std::malloc(sizeof(block_header) + size));
     if (header == nullptr) return nullptr;
     header->size = size;
     link_block(*env, header);
@@ -67,6 +107,7 @@ void mem_free(kqenv_t env, void* block) {
     {
         std::lock_guard hold(env->mutex);
         unlink_block(*env, header);
+        if (keep(*env, header)) return;
     }
     std::free(header);
 }
@@ -80,11 +121,9 @@ kqenv_t mem_env_create(ulint64 limit) {
 ulint mem_env_destroy(kqenv_t env) {
     if (env == nullptr) return 0;
     ulint still_held = env->count;
-    while (env->first != nullptr) {
-        block_header* header = env->first;
-        unlink_block(*env, header);
-        std::free(header);
-    }
+    free_list(env->first);
+    for (block_header* kept : env->kept)
+        free_list(kept);
     delete env;
     return still_held;
 }
