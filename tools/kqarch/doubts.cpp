@@ -1,6 +1,5 @@
 #include "doubts.h"
 
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,12 +11,12 @@
 #include "osfile.h"
 #include "settings.h"
 #include "text.h"
+#include "user_name.h"
 
 namespace {
 
-std::string user_name(uid_t user) {
-    const struct passwd* entry = getpwuid(user);
-    return entry != nullptr ? entry->pw_name : "#" + std::to_string(user);
+std::string name_or_number(uid_t user) {
+    return user_name(user).value_or("#" + std::to_string(user));
 }
 
 diagnostic warning_at(const std::string& file, ulint line, std::string text, std::string hint) {
@@ -111,12 +110,12 @@ std::vector<diagnostic> doubts_of_rights(const instance& open) {
     if (!exists) path = open.file("kq.ini");
     if (!exists && stat(path.c_str(), &status) != 0) return doubts;
     if (status.st_uid == geteuid()) return doubts;
-    std::string owner = user_name(status.st_uid);
+    std::string owner = name_or_number(status.st_uid);
     doubts.push_back(warning_at(path, 0,
                                 "belongs to " + owner +
                                     ", but files and directories were tested with the "
                                     "rights of " +
-                                    user_name(geteuid()),
+                                    name_or_number(geteuid()),
                                 "If the server runs as " + owner +
                                     ", check as that user: `sudo -u " + shell_word(owner) +
                                     " kqarch check " + shell_word(open.directory()) + "`."));

@@ -1,6 +1,5 @@
 #include "journal.h"
 
-#include <pwd.h>
 #include <unistd.h>
 
 #include <array>
@@ -13,6 +12,7 @@
 #include "snapshot.h"
 #include "table.h"
 #include "text.h"
+#include "user_name.h"
 
 namespace {
 
@@ -23,11 +23,6 @@ constexpr std::array fields = {"time", "user", "host", "command", "backup", "res
 enum column : size_t { time_column, command_column = 3, backup_column, result_column };
 constexpr const char* made = "made";
 
-std::string user_text() {
-    const passwd* user = getpwuid(getuid());
-    return user != nullptr ? user->pw_name : std::to_string(getuid());
-}
-
 std::string host_text() {
     char name[256] = "";
     (void)gethostname(name, sizeof name - 1);
@@ -37,7 +32,7 @@ std::string host_text() {
 std::string line_of(const journal_entry& entry) {
     std::vector<std::string> pieces = {
         time_text(std::time(nullptr)),
-        user_text(),
+        user_name(getuid()).value_or(std::to_string(getuid())),
         host_text(),
         entry.command,
         entry.backup ? std::to_string(*entry.backup) : "-",
