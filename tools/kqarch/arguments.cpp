@@ -31,6 +31,14 @@ std::string first_word(int count, char** words) {
     return "";
 }
 
+// The command that is surely asked for: nothing but --json stands before it.
+std::string asked_command(int count, char** words) {
+    int i = 1;
+    while (i < count && std::strcmp(words[i], "--json") == 0)
+        ++i;
+    return i < count ? words[i] : "";
+}
+
 bool asks_for_json(int count, char** words) {
     return std::any_of(words, words + count,
                        [](const char* word) { return std::strcmp(word, "--json") == 0; });
@@ -104,6 +112,17 @@ command_line::command_line()
     app_.require_subcommand(1);
 }
 
+void command_line::offer(std::string_view name, void (*add)(command_line&)) {
+    if (asked_.empty() || asked_ == name) add(*this);
+}
+
+void command_line::add_commands(const std::string& asked) {
+    asked_ = asked;
+    offer_look_commands(*this);
+    offer_change_commands(*this);
+    offer_cluster_commands(*this);
+}
+
 CLI::App& command_line::add(const std::string& name, const std::string& what,
                             const std::string& footer, command_run run) {
     CLI::App& command = *app_.add_subcommand(name, what);
@@ -116,6 +135,8 @@ CLI::App& command_line::add(const std::string& name, const std::string& what,
 int command_line::run(int count, char** words) {
     output out("", asks_for_json(count, words));
     try {
+        add_commands(asked_command(count, words));
+        if (runs_.empty()) add_commands("");
         check_numbers(app_);
         app_.parse(count, words);
         std::string name = app_.get_subcommands().front()->get_name();

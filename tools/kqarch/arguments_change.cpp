@@ -201,13 +201,13 @@ void add_journal(command_line& commands) {
 
 }  // namespace
 
-void add_change_commands(command_line& commands) {
-    add_add(commands);
-    add_modify(commands);
-    add_drop(commands);
-    add_backup(commands);
-    add_backups(commands);
-    add_restore(commands);
-    add_backup_delete(commands);
-    add_journal(commands);
+void offer_change_commands(command_line& commands) {
+    commands.offer("add", add_add);
+    commands.offer("modify", add_modify);
+    commands.offer("drop", add_drop);
+    commands.offer("backup", add_backup);
+    commands.offer("backups", add_backups);
+    commands.offer("restore", add_restore);
+    commands.offer("backup-delete", add_backup_delete);
+    commands.offer("journal", add_journal);
 }

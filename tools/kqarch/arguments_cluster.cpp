@@ -237,10 +237,10 @@ void add_graph(command_line& commands) {
 
 }  // namespace
 
-void add_cluster_commands(command_line& commands) {
-    add_peer_check(commands);
-    add_peer_export(commands);
-    add_peer_verify(commands);
-    add_raft(commands);
-    add_graph(commands);
+void offer_cluster_commands(command_line& commands) {
+    commands.offer("peer-check", add_peer_check);
+    commands.offer("peer-export", add_peer_export);
+    commands.offer("peer-verify", add_peer_verify);
+    commands.offer("raft", add_raft);
+    commands.offer("graph", add_graph);
 }

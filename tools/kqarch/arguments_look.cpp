@@ -102,10 +102,10 @@ void add_explain(command_line& commands) {
 
 }  // namespace
 
-void add_look_commands(command_line& commands) {
-    add_init(commands);
-    add_check(commands);
-    add_show(commands);
-    add_fmt(commands);
-    add_explain(commands);
+void offer_look_commands(command_line& commands) {
+    commands.offer("init", add_init);
+    commands.offer("check", add_check);
+    commands.offer("show", add_show);
+    commands.offer("fmt", add_fmt);
+    commands.offer("explain", add_explain);
 }

@@ -22,9 +22,5 @@ int main(int count, char** words) {
     complete_descriptors();
     // A write beyond the limit of file sizes is told by its result.
     (void)std::signal(SIGXFSZ, SIG_IGN);
-    command_line commands;
-    add_look_commands(commands);
-    add_change_commands(commands);
-    add_cluster_commands(commands);
-    return commands.run(count, words);
+    return command_line().run(count, words);
 }
