@@ -36,6 +36,13 @@ typedef kqcode_t (*kq_ini_line_fn)(const kq_ini_line_t* line, void* context);
  * memory, else 0. A bad line is handed over like any other. Prints nothing. */
 kqcode_t kq_ini_walk(const schar* path, kq_ini_line_fn each, void* context);
 
+/* Hands what stands in kqarch.ini to arch_cfg_create and arch_cfg_add_value; may not throw. */
+typedef kqcode_t (*kq_arch_reader_fn)(void* context);
+
+/* From now on start-up has kqarch.ini read by `reader`, whose result it takes for that of reading;
+ * with NULL by the layer again. */
+void kq_ini_read_arch_by(kq_arch_reader_fn reader, void* context);
+
 KQ_END_C
 
 #endif

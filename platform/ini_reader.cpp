@@ -180,7 +180,16 @@ kqcode_t hand_over(const kq_ini_line_t* line, void* context) {
     return code;
 }
 
+struct {
+    kq_arch_reader_fn read;
+    void* context;
+} other_reader;
+
 }  // namespace
+
+void kq_ini_read_arch_by(kq_arch_reader_fn reader, void* context) {
+    other_reader = {reader, context};
+}
 
 kqcode_t kq_ini_walk(const schar* path, kq_ini_line_fn each, void* context) {
     std::string buffer;
@@ -193,6 +202,7 @@ kqcode_t kq_ini_walk(const schar* path, kq_ini_line_fn each, void* context) {
 
 kqcode_t ini_read_other_info_for_posix(const schar* path, ulint which) {
     if (which != INI_READ_ARCH) return ARCH_E_PARA_NOT_ALLOWED;
+    if (other_reader.read != nullptr) return other_reader.read(other_reader.context);
     arch_section section;
     return kq_ini_walk(path, hand_over, &section);
 }

@@ -18,7 +18,7 @@ namespace {
     throw std::system_error(errno, std::generic_category(), what);
 }
 
-memory_file& said() {
+memory_file& taken_file() {
     static memory_file file;
     return file;
 }
@@ -91,12 +91,12 @@ void memory_file::fill(std::string_view text) {
 
 output_taken::output_taken() {
     if (is_taken) return;
-    said().clear();
+    taken_file().clear();
     flush_streams();
     output_ = dup(STDOUT_FILENO);
     errors_ = dup(STDERR_FILENO);
-    if (output_ < 0 || errors_ < 0 || dup2(said().descriptor(), STDOUT_FILENO) < 0 ||
-        dup2(said().descriptor(), STDERR_FILENO) < 0)
+    if (output_ < 0 || errors_ < 0 || dup2(taken_file().descriptor(), STDOUT_FILENO) < 0 ||
+        dup2(taken_file().descriptor(), STDERR_FILENO) < 0)
         throw_error("cannot redirect the output");
     is_taken = true;
 }
@@ -111,13 +111,18 @@ output_taken::~output_taken() {
     is_taken = false;
 }
 
+std::string output_taken::said() {
+    flush_streams();
+    if (lseek(taken_file().descriptor(), 0, SEEK_CUR) == 0) return "";
+    std::string text = one_line(taken_file().content());
+    taken_file().clear();
+    return text;
+}
+
 captured capture(const std::function<kqcode_t()>& call) {
     output_taken taken;
     captured result{call(), {}};
-    flush_streams();
-    if (lseek(said().descriptor(), 0, SEEK_CUR) == 0) return result;
-    result.said = one_line(said().content());
-    said().clear();
+    result.said = taken.said();
     return result;
 }
 

@@ -24,6 +24,9 @@ class output_taken {
     output_taken(const output_taken&) = delete;
     output_taken& operator=(const output_taken&) = delete;
 
+    // What was printed since it was asked for last, as `captured` has it.
+    std::string said();
+
   private:
     int output_ = -1;  // where it went before; negative inside another
     int errors_ = -1;

@@ -1,6 +1,10 @@
 #include "loading.h"
 
+#include <exception>
+#include <utility>
+
 #include "capture.h"
+#include "kq_instance.h"
 #include "refusal.h"
 #include "text.h"
 
@@ -10,6 +14,29 @@ class loader {
   public:
     explicit loader(const config_file& file) : file_(file) {}
 
+    void read() {
+        if (std::exchange(has_read_, true)) return;
+        for (const config_line& line : file_.lines())
+            take(line);
+    }
+
+    // What start-up has read the file by, through whose frames nothing may be thrown.
+    static kqcode_t read_for_start_up(void* self) noexcept {
+        auto* reader = static_cast<loader*>(self);
+        try {
+            reader->read();
+        } catch (...) {
+            reader->thrown_ = std::current_exception();
+        }
+        return 0;
+    }
+
+    std::vector<diagnostic> refused() && {
+        if (thrown_) std::rethrow_exception(thrown_);
+        return std::move(refused_);
+    }
+
+  private:
     void take(const config_line& line) {
         if (line.kind == KQ_INI_SECTION)
             begin_section(line);
@@ -19,35 +46,31 @@ class loader {
             skip_bad_line(line);
     }
 
-    std::vector<diagnostic> refused() && { return std::move(refused_); }
-
-  private:
     void begin_section(const config_line& line) {
         arch_cfg_t* created = nullptr;
-        captured creation =
-            capture([&] { return arch_cfg_create(nullptr, line.key.c_str(), &created); });
+        kqcode_t code = arch_cfg_create(&arch_cfg_sys, line.key.c_str(), &created);
         type_refused_ = false;
         current_ = created;
-        if (creation.code >= 0) return;
-        refuse(line, creation);
+        if (code >= 0) return;
+        refuse(line, code, taken_.said());
         arch_init(&stand_in_, line.key.c_str());
         current_ = &stand_in_;
     }
 
     void apply_key(const config_line& line) {
         std::string value = line.value;
-        captured application = capture(
-            [&] { return arch_cfg_add_value(nullptr, current_, line.key.c_str(), value.data()); });
+        kqcode_t code = arch_cfg_add_value(&arch_cfg_sys, current_, line.key.c_str(), value.data());
         bool is_type = same_text(line.key, "ARCH_TYPE");
-        if (is_type) type_refused_ = application.code < 0;
-        if (application.code < 0 && (is_type || !follows_from_a_refusal(line, application.code)))
-            refuse(line, application);
+        if (is_type) type_refused_ = code < 0;
+        if (code >= 0) return;
+        std::string said = taken_.said();
+        if (is_type || !follows_from_a_refusal(line, code)) refuse(line, code, said);
     }
 
     // It may have been a section's header, or a key of the current one: what follows is checked,
     // but changes no destination.
     void skip_bad_line(const config_line& line) {
-        refuse(line, {ARCH_E_INVALID_VALUE, ""});
+        refuse(line, ARCH_E_INVALID_VALUE);
         if (current_ == nullptr) arch_init(&stand_in_, "");
         if (current_ != nullptr && current_ != &stand_in_) stand_in_ = *current_;
         stand_in_.link = {};
@@ -63,12 +86,15 @@ class loader {
         return current_ == &stand_in_ && code == ARCH_E_DEST_EXISTS;
     }
 
-    void refuse(const config_line& line, const captured& result) {
-        refused_.push_back(describe({line, current_, result.code, result.said}, file_));
+    void refuse(const config_line& line, kqcode_t code, const std::string& said = "") {
+        refused_.push_back(describe({line, current_, code, said}, file_));
     }
 
     const config_file& file_;
+    output_taken taken_;
     std::vector<diagnostic> refused_;
+    std::exception_ptr thrown_;
+    bool has_read_ = false;
     arch_cfg_t* current_ = nullptr;
     arch_cfg_t stand_in_{};  // takes the keys of a section that does not exist
     bool type_refused_ = false;
@@ -76,10 +102,13 @@ class loader {
 
 }  // namespace
 
+// Inside start-up each section and destination is known to be new without a walk over all.
 std::vector<diagnostic> load(const config_file& file) {
     loader loading(file);
-    output_taken taken;
-    for (const config_line& line : file.lines())
-        loading.take(line);
+    arch_cfg_sys_destroy();
+    kq_ini_read_arch_by(loader::read_for_start_up, &loading);
+    arch_cfg_sys_init_with_check("", 0, 0, 0);
+    kq_ini_read_arch_by(nullptr, nullptr);
+    loading.read();  // where archiving is off start-up has not
     return std::move(loading).refused();
 }

@@ -29,8 +29,11 @@ class reading_index {
     void give_up() { gave_up_ = true; }
 
     // A record, or none, is about to change: any but the current section's would change unseen.
+    // One that is not in the list is none of the index's.
     void change(const arch_cfg_t* arch) {
-        gave_up_ = gave_up_ || (arch != nullptr && arch != current_section_);
+        const bool is_listed =
+            arch != nullptr && (arch->link.prev != nullptr || arch == arch_cfg_sys.arch_lst.start);
+        gave_up_ = gave_up_ || (is_listed && arch != current_section_);
     }
 
     bool has_section(const schar* name) const;
