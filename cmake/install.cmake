@@ -2,6 +2,8 @@
 # and kqarch with its manual page, completions and documents. `cpack -G DEB` makes a Debian package
 # of the same.
 include(GNUInstallDirs)
+# Under the Debian package's name, where its users look.
+set(CMAKE_INSTALL_DOCDIR ${CMAKE_INSTALL_DATAROOTDIR}/doc/arch-cfg)
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/arch_cfg)
@@ -29,8 +31,7 @@ install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOC
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs
   FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.json")
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
-# Under the package's name, where users of Debian look for it.
-install(FILES COPYRIGHT DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/arch-cfg RENAME copyright)
+install(FILES COPYRIGHT DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME copyright)
 
 if(ARCH_CFG_BUILD_TOOLS)
   install(TARGETS kqarch)

@@ -2,7 +2,7 @@
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME arch-cfg)
 set(CPACK_PACKAGE_VENDOR "arch_cfg")
-set(CPACK_PACKAGE_CONTACT "The maintainers of arch_cfg")
+set(CPACK_PACKAGE_CONTACT "The maintainers of arch_cfg <maintainers@arch-cfg.invalid>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_PACKAGE_DESCRIPTION
   "The module that loads, checks, changes and writes kqarch.ini, as a library for servers, and \

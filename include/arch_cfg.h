@@ -31,12 +31,13 @@
  * function returns is borrowed: it is safe while the caller holds the lock, or while nobody drops
  * the record. Where a function releases the lock before it returns one, a caller beside which others
  * drop takes the lock and looks it up again (arch_cfg_find_by_dest_low_without_enter), or uses the
- * pointer for its identity only (arch_cfg_drop_low). Texts handed in are copied. Every text stored is terminated and never longer than
- * its field; nothing is cut unless a function says so.
+ * pointer for its identity only (arch_cfg_drop_low). Texts handed in are copied. Every text stored is
+ * terminated and never longer than its field; nothing is cut unless a function says so. No other
+ * pointer may be null unless a function says that it may: records, results and buffers are not asked.
  *
  * Texts. Every text handed in is terminated. Lengths are in bytes, without the terminator; the size
- * of a buffer is in bytes with it. A null
- * text handed to a look-up matches nothing. "Ignoring case" folds the ASCII letters.
+ * of a buffer is in bytes with it. A null text handed to a look-up matches nothing. "Ignoring case"
+ * folds the ASCII letters.
  *
  * Messages. A refusal prints its message on standard error (aq_fprintf_inner) and writes the same
  * to the error log at level 4 (elog_report_ex), except where a function says: silent (neither),
@@ -372,7 +373,9 @@ ARCH_CFG_API kqcode_t arch_cfg_calc_next_inst_dest(schar** dest_tmp, schar* dest
 
 /* Loads kqarch.ini into the process registry and checks it. The registry is reset first
  * (arch_cfg_sys_init_env). When archiving is switched off in kq.ini (ARCH_FLAG 0) the result is 0
- * with an empty registry, and no file is looked at. `path_in` is the file, or null for kqarch.ini
+ * with an empty registry, and no file is looked at: a server that writes then (a change,
+ * arch_cfg_sys_write_to_file) replaces kqarch.ini by one without destinations, so that it refuses
+ * changes while archiving is off. `path_in` is the file, or null for kqarch.ini
  * in the configuration directory (in the working directory when that is empty), which is created
  * empty, mode 0600, when it is absent; a path that is given is never created.
  *   timer_chk       timers of ASYNC and SUBSCRIBE must be in kqtimer.ini
@@ -382,7 +385,8 @@ ARCH_CFG_API kqcode_t arch_cfg_calc_next_inst_dest(schar** dest_tmp, schar* dest
  * destroyed and the code returned, for a failed rule with "Validate kqarch.ini error, code=N" on
  * standard error. ARCH_E_FILE_OPEN when the default file cannot be created, or `path_in` has more
  * than 256 characters (silent; the registry is left empty, not destroyed), and from the reader for
- * a file that it cannot read. A registry that is loaded is destroyed before it is started again.
+ * a file that it cannot read. The caller destroys a loaded registry (arch_cfg_sys_destroy) before it
+ * starts again: the reset forgets records, and frees none.
  * A file that names a subscriber and that its group or others may read is loaded with a warning in
  * the log, level 3.
  * Lock: none; no other thread uses the registry yet. */
@@ -773,7 +777,8 @@ ARCH_CFG_API kqcode_t arch_cfg_validate_for_modify(arch_cfg_t* arch, const arch_
     KQ_REQUIRES(arch_cfg_sys.mutex);
 
 /* Drops the record that a text names (as arch_cfg_find_by_dest with flag 0 finds it) and rewrites
- * kqarch.ini. ARCH_E_DEST_NOT_FOUND when there is none, or the text is null or empty; else the
+ * kqarch.ini. The text is compared as it is: a path that an adder was given with a "/" at its end
+ * is stored without. ARCH_E_DEST_NOT_FOUND when there is none, or the text is null or empty; else the
  * result of the write, which undoes nothing. No rule looks at what remains: the last LOCAL may go,
  * and `raft_cnt` is not changed for a RAFT record. Silent. Lock: taken, from the search to the
  * written file. */

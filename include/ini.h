@@ -16,15 +16,17 @@ typedef struct global_ini_info_struct {
 
 extern global_ini_info_t global_ini_info;
 
-/* Parameters of kq.ini. */
+/* What the module reads of kq.ini. A server without MPP, a shared-storage cluster or DFS storage
+ * answers 0 for those. */
 enum kqini_para_index {
-    ini_index_instance_name = 0,
-    ini_index_port_num = 1,
-    ini_index_arch_flag = 609,
-    ini_index_mpp_flag = 613,
-    ini_index_hpc_node = 700,
-    ini_index_dfs_flag = 701,
-    ini_index_logfile_postfix_name = 839
+    ini_index_instance_name = 0,         /* INSTANCE_NAME, a text */
+    ini_index_port_num = 1,              /* PORT_NUM, 1 to 65535 */
+    ini_index_arch_flag = 609,           /* ARCH_FLAG: 1 archiving is on, 0 off */
+    ini_index_mpp_flag = 613,            /* MPP_FLAG: 1 the instance is part of an MPP system */
+    ini_index_hpc_node = 700,            /* HPC_NODE: nodes of the shared-storage cluster, 0 none */
+    ini_index_dfs_flag = 701,            /* DFS_FLAG: 1 paths may be on DFS storage */
+    ini_index_logfile_postfix_name = 839 /* LOGFILE_POSTFIX_NAME, a text: the last part of the
+                                            names of log files */
 };
 
 /* A number of kq.ini; `scope` is 0. 0 for an index that names no number. */
