@@ -177,6 +177,7 @@ TEST(nothing, is_taken_where_something_should_be) {
     EXPECT_EQ(kqerr_get_err_desc_with_langage(-12345, 0, nullptr, nullptr, 0), -12345);
     EXPECT_EQ(kq_strupr(nullptr), nullptr);
     cut_path_end_dir(nullptr);
+    ini_set_other_ini_range(200, 0, 1);
     utl_init_uid_ext(nullptr);
     EXPECT_EQ(utl_resolve_userid_low("u/p@s", nullptr, nullptr, nullptr, nullptr, nullptr), 0);
     os_mutex2_create(nullptr);
