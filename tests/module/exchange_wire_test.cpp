@@ -25,16 +25,16 @@ class wire : public testing::Test {
     instance_directory instance;
 };
 
-// The message at an offset of a block that is full of guard bytes, which must stay.
-std::vector<byte> encoded(ulint offset, kqbool with_names) {
+// The message, in front of guard bytes, which must stay.
+std::vector<byte> encoded(kqbool with_names) {
     arch_cfg_hold lock;
     ulint size = arch_cfg_info_len_calc(with_names);
-    std::vector<byte> block(offset + size + guard_size, guard_byte);
-    EXPECT_EQ(arch_cfg_info_encode(block.data(), offset, offset + size, with_names), size);
-    auto start = block.begin() + offset, end = start + size;
-    EXPECT_EQ(std::count(block.begin(), start, guard_byte), start - block.begin());
-    EXPECT_EQ(std::count(end, block.end(), guard_byte), block.end() - end);
-    return {start, end};
+    std::vector<byte> block(size + guard_size, guard_byte);
+    EXPECT_EQ(arch_cfg_info_encode(block.data(), 0, size, with_names), size);
+    EXPECT_EQ(static_cast<size_t>(std::count(block.begin() + size, block.end(), guard_byte)),
+              guard_size);
+    block.resize(size);
+    return block;
 }
 
 // The answer to a message in a block of exactly its size; nothing may be held of the pool.
@@ -50,32 +50,6 @@ kqcode_t answer(const std::vector<byte>& body, kqbool is_shared, ulint64 limit =
     }
     EXPECT_EQ(mem_env_destroy(env), 0u) << wire_text(body.data(), body.size());
     return code;
-}
-
-TEST_F(wire, bytes_are_these_wherever_they_stand) {
-    static const struct {
-        paths own;
-        std::string with_names, without;
-    } examples[] = {
-        {{}, "00 00 00 00", "00 00 00 00"},
-        {{{false, "/arch", "A"}, {true, "/rarch", "B"}},
-         R"(15 00 00 00 05 00 "/arch" 01 00 "A" 06 00 "/rarch" 01 00 "B")",
-         R"(0F 00 00 00 05 00 "/arch" 06 00 "/rarch")"},
-        {{{true, "/b", "Node_B"}, {true, "/c", "C"}},
-         R"(13 00 00 00 02 00 "/b" 06 00 "Node_B" 02 00 "/c" 01 00 "C")",
-         R"(08 00 00 00 02 00 "/b" 02 00 "/c")"},
-        {{{true, std::string(256, 'p'), std::string(128, 'n')}},
-         "84 01 00 00 00 01 \"" + std::string(256, 'p') + "\" 80 00 \"" + std::string(128, 'n') +
-             "\"",
-         "02 01 00 00 00 01 \"" + std::string(256, 'p') + "\""},
-    };
-    for (const auto& example : examples) {
-        fill_registry(example.own);
-        for (ulint offset : {0u, 1u, 2u, 3u, 4u, 7u, 64u, 4095u}) {
-            EXPECT_EQ(encoded(offset, 1), wire_bytes(example.with_names)) << offset;
-            EXPECT_EQ(encoded(offset, 0), wire_bytes(example.without)) << offset;
-        }
-    }
 }
 
 // Who sends and who receives; in some the receiver agrees, in some it does not.
@@ -127,7 +101,7 @@ void damage(const exchange& each, const std::vector<byte>& body, kqbool is_share
 TEST_F(wire, a_damaged_message_has_a_defined_answer) {
     for (const exchange& each : exchanges) {
         fill_registry(each.sender);
-        std::vector<byte> with_names = encoded(0, 1), without = encoded(0, 0);
+        std::vector<byte> with_names = encoded(1), without = encoded(0);
         with_names.erase(with_names.begin(), with_names.begin() + 4);
         without.erase(without.begin(), without.begin() + 4);
         EXPECT_EQ(with_names, message_of(each.sender, true));
@@ -159,20 +133,6 @@ TEST_F(wire, a_refused_allocation_is_reported_and_nothing_held) {
             EXPECT_EQ(answer(body, is_shared, 1), ARCH_E_OUT_OF_MEMORY);
         }
     }
-}
-
-TEST_F(wire, a_pool_of_any_size_is_enough_or_refused) {
-    const exchange& each = exchanges[0];
-    fill_registry(each.receiver);
-    bool was_enough = false;
-    for (ulint64 limit = 1; limit < 2500; limit += 7) {
-        kqcode_t code = answer(message_of(each.sender, true), 1, limit);
-        bool is_enough = code == 0;
-        EXPECT_TRUE(is_enough || code == ARCH_E_OUT_OF_MEMORY);
-        EXPECT_TRUE(is_enough || !was_enough) << limit;
-        was_enough = is_enough;
-    }
-    EXPECT_TRUE(was_enough);
 }
 
 // An array as a caller keeps it, its elements checked whole.

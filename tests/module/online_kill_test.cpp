@@ -1,13 +1,9 @@
 // A process that is killed between any two system calls of a change: what it leaves on disk.
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/ptrace.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <string>
 
-#include "support/capture.h"
+#include "support/killed.h"
 #include "support/online.h"
 
 namespace {
@@ -16,16 +12,15 @@ using namespace test_support;
 
 const char* const beginning =
     "[L1]\nARCH_TYPE = LOCAL\nARCH_DEST = arch1\n[L2]\nARCH_TYPE = LOCAL\nARCH_DEST = arch2\n";
-constexpr int not_allowed = 77, ended = 0;
 
 // A backup and then a change, as a careful caller does.
 int back_up_and_add() {
     arch_cfg_t* added = nullptr;
-    return arch_file_gen_bak(1) == 0 && arch_cfg_add_local("arch3", 0, 64, 1, 0, &added) == 0;
+    return arch_file_gen_bak(1) | arch_cfg_add_local("arch3", 0, 64, 1, 0, &added);
 }
 
 int back_up_and_drop() {
-    return arch_file_gen_bak(1) == 0 && arch_cfg_drop("arch1") == 0;
+    return arch_file_gen_bak(1) | arch_cfg_drop("arch1");
 }
 
 struct kill_case {
@@ -34,28 +29,7 @@ struct kill_case {
     bool has_older_backup;
 };
 
-// Makes a change in a process of its own and kills it at its n-th stop; a system call has two, one
-// before it and one after. Returns how it ended, or -1 when it was killed.
-int kill_at_stop(int nth, int (*change)()) {
-    pid_t child = fork();
-    if (child == 0) {
-        if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) _exit(not_allowed);
-        raise(SIGSTOP);
-        _exit(change() ? ended : 1);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    for (int stop = 0; WIFSTOPPED(status); stop++) {
-        if (stop == nth)
-            kill(child, SIGKILL);
-        else
-            ptrace(PTRACE_SYSCALL, child, nullptr, nullptr);
-        waitpid(child, &status, 0);
-    }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-class killed : public testing::TestWithParam<kill_case> {
+class killed_change : public testing::TestWithParam<kill_case> {
   protected:
     void reset() {
         std::filesystem::remove("kqarch_bak_1.log");
@@ -74,17 +48,17 @@ class killed : public testing::TestWithParam<kill_case> {
     std::string old_text;
 };
 
-TEST_P(killed, leaves_the_backup_whole_and_the_file_old_short_or_new) {
+TEST_P(killed_change, leaves_the_backup_whole_and_the_file_old_short_or_new) {
     ASSERT_EQ(start_from(beginning), 0);
     old_text = registry_text();
     reset();
     int how = kill_at_stop(-1, GetParam().change);
-    if (how == not_allowed) GTEST_SKIP() << "this process may not trace another";
-    ASSERT_EQ(how, ended);
+    if (how == may_not_trace) GTEST_SKIP() << "this process may not trace another";
+    ASSERT_EQ(how, 0);
     std::string new_text = read_file("kqarch.ini");
 
     int stops = 0, olds = 0, shorts = 0, news = 0;
-    for (how = -1; how == -1; stops++) {
+    for (how = killed; how == killed; stops++) {
         ASSERT_LT(stops, 2000);
         SCOPED_TRACE("killed at stop " + std::to_string(stops));
         reset();
@@ -101,7 +75,7 @@ TEST_P(killed, leaves_the_backup_whole_and_the_file_old_short_or_new) {
         EXPECT_EQ(arch_cfg_sys_write_by_rec(backup.c_str(), 1), 0);
         EXPECT_EQ(read_file("kqarch.ini"), old_text);
     }
-    EXPECT_EQ(how, ended);
+    EXPECT_EQ(how, 0);
     EXPECT_GT(stops, 20) << "the process was not killed in the middle";
     EXPECT_GT(olds, 0);
     EXPECT_GT(news, 0);
@@ -112,7 +86,7 @@ std::string name_of(const testing::TestParamInfo<kill_case>& info) {
     return info.param.name;
 }
 
-INSTANTIATE_TEST_SUITE_P(in, killed,
+INSTANTIATE_TEST_SUITE_P(in, killed_change,
                          testing::Values(kill_case{"add", back_up_and_add, false},
                                          kill_case{"drop", back_up_and_drop, true}),
                          name_of);

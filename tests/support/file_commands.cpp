@@ -1,10 +1,15 @@
 // Commands about files, the instance's configuration, faults and start-up.
+#include <elog.h>
 #include <ini.h>
 #include <kq_fault.h>
 #include <kq_instance.h>
+#include <unistd.h>
 
 #include <stdexcept>
 
+#include "support/capture.h"
+#include "support/fields.h"
+#include "support/online.h"
 #include "support/scenario.h"
 
 namespace test_support {
@@ -131,10 +136,45 @@ std::string start(const command_context& context) {
     return code_text(start_up(context));
 }
 
-// load, with the same options, writes its input to kqarch.ini first.
+// The registry as text, without what is never written back.
+std::string described() {
+    arch_cfg_sys_t registry = arch_cfg_sys;
+    registry.raft_learner = 0;
+    std::string text = differences(registry_fields(), registry) + "\n";
+    for (const arch_cfg_t* each = registry.arch_lst.start; each; each = each->link.next) {
+        arch_cfg_t record = *each;
+        record.recv_path[0] = '\0';
+        text += std::string(record.name) + differences(record_fields(), record) + "\n";
+    }
+    return text;
+}
+
+// What is wrong with a registry that was written and loaded again, and written once more.
+std::string fault_of_rewrite(const command_context& context) {
+    const std::string before = described(), text = registry_text();
+    std::string fault;
+    write_file("kqarch.ini", text);
+    elog_close();
+    {
+        descriptor_capture quiet(STDERR_FILENO);
+        kqcode_t code = start_up_aside(1, [&] {
+            if (described() != before) fault = "\nread back as" + described();
+            if (registry_text() != text) fault += "\nwritten again as " + registry_text();
+        });
+        if (code != 0) fault = "\nread back with " + code_text(code);
+    }
+    elog_open(context.instance.error_log().c_str());
+    write_file("kqarch.ini", context.input);
+    return fault;
+}
+
+// load, with the same options, writes its input to kqarch.ini first. A registry that is accepted
+// without an option has to come back from the text that it is written as.
 std::string load(const command_context& context) {
     write_file("kqarch.ini", context.input);
-    return code_text(start_up(context));
+    kqcode_t code = start_up(context);
+    bool has_options = !context.arguments.empty();
+    return code_text(code) + (code == 0 && !has_options ? fault_of_rewrite(context) : "");
 }
 
 // read is load without the check of the whole.
@@ -143,16 +183,9 @@ std::string read(const command_context& context) {
     return code_text(start_up(context, 0));
 }
 
-std::string written_text() {
-    static schar text[ARCH_CFG_TEXT_SIZE];
-    arch_cfg_hold lock;
-    kqcode_t code = arch_cfg_sys_write_to_rec(text);
-    return code == 0 ? text : code_text(code);
-}
-
 // write [exactly]
 std::string write(const command_context& context) {
-    return context.arguments.empty() ? folded(written_text()) : written_text();
+    return context.arguments.empty() ? folded(registry_text()) : registry_text();
 }
 
 }  // namespace
