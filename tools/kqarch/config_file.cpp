@@ -27,7 +27,6 @@ kqcode_t config_file::read_lines() {
     copy.fill(text());
     kqcode_t code = kq_ini_walk(copy.path().c_str(), append, this);
     if (code < 0) lines_.clear();
-    index();
     learn_passwords();
     return code;
 }
@@ -47,44 +46,48 @@ kqcode_t config_file::append(const kq_ini_line_t* line, void* file) {
     return 0;
 }
 
-void config_file::index() {
+const config_file::places& config_file::known_places() const {
+    if (places_) return *places_;
+    places_.emplace();
     for (const config_line& line : lines_) {
         std::string name = upper_case(line.key);
-        if (line.kind == KQ_INI_SECTION) section_lines_.emplace(name, line.number);
+        if (line.kind == KQ_INI_SECTION) places_->sections.emplace(name, line.number);
         if (line.kind != KQ_INI_KEY) continue;
-        key_lines_[{line.section_line, name}] = line.number;
-        last_key_lines_[name] = line.number;
+        places_->keys[{line.section_line, name}] = line.number;
+        places_->last_keys[name] = line.number;
     }
+    return *places_;
 }
 
 ulint config_file::section_line(std::string_view section) const {
-    auto found = section_lines_.find(upper_case(section));
-    return found != section_lines_.end() ? found->second : 0;
+    auto found = known_places().sections.find(upper_case(section));
+    return found != known_places().sections.end() ? found->second : 0;
 }
 
 ulint config_file::key_line(std::string_view section, std::string_view key) const {
-    auto found = key_lines_.find({section_line(section), upper_case(key)});
-    return found != key_lines_.end() ? found->second : 0;
+    auto found = known_places().keys.find({section_line(section), upper_case(key)});
+    return found != known_places().keys.end() ? found->second : 0;
 }
 
 ulint config_file::key_line(std::string_view key) const {
-    auto found = last_key_lines_.find(upper_case(key));
-    return found != last_key_lines_.end() ? found->second : 0;
+    auto found = known_places().last_keys.find(upper_case(key));
+    return found != known_places().last_keys.end() ? found->second : 0;
 }
 
 // A section that only looks like a subscriber's (a misspelt type, say) is treated as one.
 bool config_file::looks_like_subscriber(const config_line& line) const {
-    std::string key = upper_case(line.key);
-    if (line.kind == KQ_INI_SECTION || key == "ARCH_TYPE")
-        return (key + upper_case(line.value)).find("SUB") != key.npos;
-    return key == "ARCH_SUBSCRIBE_MODE" || key == "ARCH_THRESHOLD_PER_SECOND";
+    if (line.kind == KQ_INI_SECTION || same_text(line.key, "ARCH_TYPE"))
+        return upper_case(line.key + line.value).find("SUB") != std::string::npos;
+    return same_text(line.key, "ARCH_SUBSCRIBE_MODE") ||
+           same_text(line.key, "ARCH_THRESHOLD_PER_SECOND");
 }
 
 text_place config_file::place_of(const config_line& line) const {
-    std::string key = upper_case(line.key);
-    if (key == "ARCH_INCOMING_PATH" || key == "ARCH_RECV_PATH") return text_place::path;
+    if (same_text(line.key, "ARCH_INCOMING_PATH") || same_text(line.key, "ARCH_RECV_PATH"))
+        return text_place::path;
     if (path_sections_.contains(line.section_line)) return text_place::path;
-    bool subscriber = subscriber_sections_.contains(line.section_line) && key == "ARCH_DEST";
+    bool subscriber =
+        subscriber_sections_.contains(line.section_line) && same_text(line.key, "ARCH_DEST");
     return subscriber ? text_place::subscriber : text_place::other;
 }
 
@@ -95,10 +98,13 @@ void config_file::learn_passwords() {
         ulint type = arch_cfg_get_arch_type_by_name(line.value.c_str());
         if (has_directory(type)) path_sections_.insert(line.section_line);
     }
-    std::vector<std::string> texts = split(text(), '\n');
+    std::vector<std::string> texts;  // of the whole lines, where one of them is bad
     for (const config_line& line : lines_) {
         passwords_.learn(line.key, text_place::other);
-        if (line.kind == KQ_INI_BAD) passwords_.learn(texts.at(line.number - 1), text_place::line);
+        if (line.kind == KQ_INI_BAD) {
+            if (texts.empty()) texts = split(text(), '\n');
+            passwords_.learn(texts.at(line.number - 1), text_place::line);
+        }
         if (line.kind != KQ_INI_KEY) continue;
         passwords_.learn(line.value, place_of(line));
         // A "=" inside a password tears it apart where "ARCH_DEST =" is missing.

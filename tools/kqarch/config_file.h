@@ -4,6 +4,7 @@
 #define KQARCH_CONFIG_FILE_H
 
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -46,7 +47,13 @@ class config_file {
   private:
     kqcode_t read_lines();
     static kqcode_t append(const kq_ini_line_t* line, void* file);
-    void index();
+    // Where each section and key stands; asked for when there is something to tell of a line.
+    struct places {
+        std::map<std::string, ulint> sections;                // by name, upper case
+        std::map<std::pair<ulint, std::string>, ulint> keys;  // by header line and key
+        std::map<std::string, ulint> last_keys;               // by key
+    };
+    const places& known_places() const;
     void learn_passwords();
     text_place place_of(const config_line& line) const;
     bool looks_like_subscriber(const config_line& line) const;
@@ -54,10 +61,8 @@ class config_file {
     std::string path_;
     file_snapshot snapshot_;
     std::vector<config_line> lines_;
-    std::map<std::string, ulint> section_lines_;                // by name, upper case
-    std::map<std::pair<ulint, std::string>, ulint> key_lines_;  // by header line and key
-    std::map<std::string, ulint> last_key_lines_;               // by key
-    std::set<ulint> subscriber_sections_;                       // their header lines
+    mutable std::optional<places> places_;
+    std::set<ulint> subscriber_sections_;  // their header lines
     std::set<ulint> path_sections_;
     password_list passwords_;
 };

@@ -28,9 +28,8 @@ diagnostic warning_at(const std::string& file, ulint line, std::string text, std
 }
 
 // The section whose key a line sets; a global key is one wherever it stands.
-ulint home_of(const config_line& line) {
-    const key_entry* entry = find_key(line.key);
-    return entry != nullptr && entry->scope == key_scope::global ? 0 : line.section_line;
+ulint home_of(const config_line& line, const key_entry& entry) {
+    return entry.scope == key_scope::global ? 0 : line.section_line;
 }
 
 bool is_directory_here(const arch_cfg_t& arch) {
@@ -38,8 +37,11 @@ bool is_directory_here(const arch_cfg_t& arch) {
     return has_directory(arch.type) && of_this_machine && arch.dest[0] != '\0';
 }
 
-// With links followed as far as it exists.
-std::string real_directory(const arch_cfg_t& arch) {
+// Two texts that name the same directory have the same; links are followed as far as it exists.
+std::string identity_of(const arch_cfg_t& arch) {
+    struct stat status {};
+    if (stat(arch.dest, &status) == 0)
+        return std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino);
     std::error_code error;
     return std::filesystem::weakly_canonical(std::filesystem::absolute(arch.dest, error), error);
 }
@@ -88,10 +90,10 @@ std::vector<diagnostic> doubts_of_twins(const config_file& file) KQ_REQUIRES(arc
     std::vector<diagnostic> doubts;
     std::map<std::string, const arch_cfg_t*> seen;
     for (const arch_cfg_t* arch = arch_cfg_sys.arch_lst.start; arch; arch = arch->link.next) {
-        std::string path = is_directory_here(*arch) ? real_directory(*arch) : "";
-        auto [found, is_new] = seen.emplace(path, arch);
+        std::string directory = is_directory_here(*arch) ? identity_of(*arch) : "";
+        auto [found, is_new] = seen.emplace(directory, arch);
         bool same_path = same_text(arch->dest, found->second->dest);
-        if (!is_new && !path.empty() && !same_path)
+        if (!is_new && !directory.empty() && !same_path)
             doubts.push_back(doubt_of_twin(*arch, *found->second, file));
     }
     return doubts;
@@ -124,12 +126,13 @@ std::vector<diagnostic> doubts_of_rights(const instance& open) {
 
 std::vector<diagnostic> doubts_of_lines(const config_file& file) {
     std::vector<diagnostic> doubts;
-    std::map<std::pair<ulint, std::string>, ulint> seen;
+    std::map<std::pair<ulint, const key_entry*>, ulint> seen;
     for (const config_line& line : file.lines()) {
-        if (line.kind != KQ_INI_KEY) continue;
-        std::string key = upper_case(line.key);
-        ulint& before = seen[{home_of(line), key}];
+        const key_entry* entry = line.kind == KQ_INI_KEY ? find_key(line.key) : nullptr;
+        if (entry == nullptr) continue;
+        ulint& before = seen[{home_of(line, *entry), entry}];
         if (before != 0) {
+            std::string key = entry->name;
             doubts.push_back(warning_at(
                 file.path(), line.number,
                 key + " stands already at line " + std::to_string(before) + "; this one counts",

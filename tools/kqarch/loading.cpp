@@ -86,8 +86,13 @@ class loader {
         return current_ == &stand_in_ && code == ARCH_E_DEST_EXISTS;
     }
 
+    // What is beyond what is told of a file is only counted: each line of it may be refused.
     void refuse(const config_line& line, kqcode_t code, const std::string& said = "") {
-        refused_.push_back(describe({line, current_, code, said}, file_));
+        constexpr size_t most_described = 100;
+        if (refused_.size() < most_described)
+            refused_.push_back(describe({line, current_, code, said}, file_));
+        else
+            refused_.push_back({.file = file_.path(), .line = line.number, .code = code});
     }
 
     const config_file& file_;

@@ -135,7 +135,7 @@ std::string upper_case(std::string_view text) {
 }
 
 bool same_text(std::string_view left, std::string_view right) {
-    return upper_case(left) == upper_case(right);
+    return std::ranges::equal(left, right, {}, upper_letter, upper_letter);
 }
 
 std::string time_text(std::time_t time) {
