@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <functional>
-#include <iterator>
 
 #include "add.h"
 #include "backup.h"
@@ -13,6 +12,7 @@
 #include "drop.h"
 #include "init.h"
 #include "modify.h"
+#include "support/instance.h"
 
 namespace fs = std::filesystem;
 
@@ -69,8 +69,7 @@ void changed_instance::reset() const {
 
 std::string changed_instance::read(const std::string& name) const {
     if (!fs::is_regular_file(directory() + "/" + name)) return "";
-    std::ifstream stream(directory() + "/" + name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    return test_support::read_file(directory() + "/" + name);
 }
 
 bool changed_instance::has(const std::string& name) const {

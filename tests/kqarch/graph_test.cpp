@@ -2,9 +2,9 @@
 // on another and all of it inside.
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <cstdlib>
 #include <map>
+#include <regex>
 #include <vector>
 
 #include "program.h"
@@ -33,77 +33,45 @@ std::string unescaped(std::string text) {
 // Reads the picture by the grammar of XML, so far as a picture needs it, and counts what offends.
 class svg_reader {
   public:
-    explicit svg_reader(const std::string& text) : text_(text) { read(); }
+    explicit svg_reader(const std::string& text) {
+        static const std::regex piece(
+            R"RE(</([\w:-]+)>|<([\w:-]+)((?: +[\w:-]+="[^"<]*")*) *(/?)>|([^<]+))RE");
+        std::vector<std::string> open;
+        auto at = text.cbegin();
+        for (std::smatch found;
+             at != text.cend() && std::regex_search(at, text.cend(), found, piece,
+                                                    std::regex_constants::match_continuous);
+             at = found[0].second) {
+            if (found[1].matched) {
+                faults += open.empty() || open.back() != found[1];
+                if (!open.empty()) open.pop_back();
+            } else if (found[2].matched) {
+                elements.push_back({found[2], attributes_of(found[3]), ""});
+                if (found[4].length() == 0) open.push_back(found[2]);
+            } else {
+                read_text(found[5]);
+            }
+        }
+        faults += open.size() + (at != text.cend());
+    }
 
     std::vector<element> elements;  // with their text
     size_t faults = 0;
 
   private:
-    void read() {
-        std::vector<std::string> open;
-        while (at_ < text_.size()) {
-            if (text_[at_] == '<' && text_.compare(at_, 2, "</") == 0) {
-                size_t end = text_.find('>', at_);
-                if (open.empty() || text_.substr(at_ + 2, end - at_ - 2) != open.back()) ++faults;
-                if (!open.empty()) open.pop_back();
-                at_ = end == text_.npos ? text_.size() : end + 1;
-            } else if (text_[at_] == '<') {
-                if (read_element()) open.push_back(elements.back().name);
-            } else {
-                read_text();
-            }
-        }
-        faults += open.size();
+    std::map<std::string, std::string> attributes_of(const std::string& text) {
+        static const std::regex attribute(R"RE(([\w:-]+)="([^"]*)")RE");
+        std::map<std::string, std::string> attributes;
+        for (std::sregex_iterator at(text.begin(), text.end(), attribute), end; at != end; ++at)
+            faults += !attributes.emplace((*at)[1], (*at)[2]).second;
+        return attributes;
     }
 
-    // Whether the element stays open.
-    bool read_element() {
-        ++at_;
-        element found{read_name(), {}, ""};
-        for (;;) {
-            while (at_ < text_.size() && text_[at_] == ' ')
-                ++at_;
-            std::string name = read_name();
-            if (name.empty()) break;
-            bool quoted = text_.compare(at_, 2, "=\"") == 0;
-            size_t end = text_.find('"', at_ + 2);
-            if (!quoted || end == text_.npos || found.attributes.contains(name)) ++faults;
-            found.attributes[name] = text_.substr(at_ + 2, end - at_ - 2);
-            if (found.attributes[name].find('<') != std::string::npos) ++faults;
-            at_ = end + 1;
-        }
-        bool empty = text_.compare(at_, 2, "/>") == 0;
-        if (!empty && text_[at_] != '>') ++faults;
-        at_ += empty ? 2 : 1;
-        elements.push_back(found);
-        return !empty;
+    void read_text(const std::string& raw) {
+        static const std::regex escaped("(?:[^&]|&(?:lt|gt|quot|amp);)*");
+        faults += !std::regex_match(raw, escaped);
+        if (!elements.empty() && raw != "\n") elements.back().text = unescaped(raw);
     }
-
-    std::string read_name() {
-        size_t begin = at_;
-        while (at_ < text_.size() && (std::isalnum(static_cast<unsigned char>(text_[at_])) != 0 ||
-                                      text_[at_] == '-' || text_[at_] == ':'))
-            ++at_;
-        return text_.substr(begin, at_ - begin);
-    }
-
-    void read_text() {
-        size_t end = std::min(text_.find('<', at_), text_.size());
-        std::string raw = text_.substr(at_, end - at_);
-        at_ = end;
-        std::string plain = unescaped(raw);
-        size_t ampersands = 0;
-        for (size_t at = raw.find('&'); at != raw.npos; at = raw.find('&', at + 1)) {
-            size_t semicolon = raw.find(';', at);
-            std::string entity = raw.substr(at, semicolon - at + 1);
-            if (unescaped(entity).size() != 1) ++ampersands;
-        }
-        faults += ampersands;
-        if (!elements.empty() && raw != "\n") elements.back().text = plain;
-    }
-
-    const std::string& text_;
-    size_t at_ = 0;
 };
 
 struct extent {

@@ -5,9 +5,11 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
+
+#include "support/instance.h"
 
 namespace fs = std::filesystem;
+using test_support::read_file;
 
 namespace {
 
@@ -38,11 +40,6 @@ constexpr const char* prelude =
     "    chown -hR 0 .\n"
     "    return $1\n"
     "}\n";
-
-std::string read(const fs::path& path) {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 void replace_all(std::string& text, const std::string& from, const std::string& to) {
     for (size_t at = text.find(from); at != text.npos; at = text.find(from, at + to.size()))
@@ -81,8 +78,9 @@ run_result workplace::run(const std::string& command) const {
     std::string shell = "sh " + (root_ / "script").string() + " </dev/null >" +
                         (root_ / "output").string() + " 2>" + (root_ / "errors").string();
     int status = std::system(shell.c_str());
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, without_directory(read(root_ / "output")),
-            without_directory(read(root_ / "errors"))};
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1,
+            without_directory(read_file(root_ / "output")),
+            without_directory(read_file(root_ / "errors"))};
 }
 
 std::string workplace::with_directory(std::string text) const {

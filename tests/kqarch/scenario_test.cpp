@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "program.h"
+#include "support/instance.h"
 
 namespace fs = std::filesystem;
 
@@ -68,11 +69,7 @@ std::string expectation_of(const run_result& result) {
 // Runs one file; the text that it would have to be for what was seen.
 class scenario {
   public:
-    explicit scenario(const fs::path& path) {
-        std::ifstream stream(path);
-        for (std::string line; std::getline(stream, line);)
-            lines_.push_back(line);
-    }
+    explicit scenario(const std::string& text) : lines_(lines_of(text)) {}
 
     std::string play() {
         while (at_ < lines_.size())
@@ -118,13 +115,6 @@ class scenario {
     std::string seen_;
 };
 
-std::string read(const fs::path& path) {
-    std::ifstream stream(path);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
-}
-
 std::vector<fs::path> scenario_files() {
     std::vector<fs::path> files;
     for (const auto& entry : fs::directory_iterator(KQARCH_SCENARIOS))
@@ -136,8 +126,8 @@ std::vector<fs::path> scenario_files() {
 class kqarch_scenario : public testing::TestWithParam<fs::path> {};
 
 TEST_P(kqarch_scenario, prints_what_it_should) {
-    std::string expected = read(GetParam());
-    std::string seen = scenario(GetParam()).play();
+    std::string expected = test_support::read_file(GetParam());
+    std::string seen = scenario(expected).play();
     if (std::getenv("KQARCH_REWRITE") != nullptr) std::ofstream(GetParam()) << seen;
     EXPECT_EQ(expected, seen);
 }

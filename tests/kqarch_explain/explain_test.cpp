@@ -11,7 +11,6 @@ namespace {
 
 using nlohmann::json;
 using testing::HasSubstr;
-using testing::StartsWith;
 
 struct answer {
     int status;
@@ -27,54 +26,6 @@ answer explained(const std::string& topic, bool as_json = false) {
     return {status, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
 }
 
-TEST(explain, takes_a_topic_in_every_form) {
-    const struct {
-        const char* topic;
-        const char* heading;
-    } cases[] = {
-        {"-808", "-808 ARCH_E_INVALID_DEST\n"},
-        {"808", "-808 ARCH_E_INVALID_DEST\n"},
-        {"arch_e_invalid_dest", "-808 ARCH_E_INVALID_DEST\n"},
-        {"Invalid_Dest", "-808 ARCH_E_INVALID_DEST\n"},
-        {"-1", "-1 ARCH_E_BACKUP\n"},
-        {"arch_file_size", "ARCH_FILE_SIZE\n"},
-        {"Wait_Apply", "WAIT_APPLY\n"},
-        {"march", "REALTIME\n"},
-        {"Subscribe", "SUBSCRIBE\n"},
-        {"0", "0 is success"},
-    };
-    for (const auto& [topic, heading] : cases) {
-        const answer got = explained(topic);
-        EXPECT_EQ(got.status, exit_good) << topic;
-        EXPECT_THAT(got.data, StartsWith(heading)) << topic;
-        EXPECT_EQ(got.diagnostics, "") << topic;
-    }
-}
-
-TEST(explain, suggests_what_was_meant) {
-    const struct {
-        const char* topic;
-        const char* hint;
-    } cases[] = {
-        {"ARCH_FLIE_SIZE", "hint: Did you mean ARCH_FILE_SIZE"},
-        {"REALTIM", "hint: Did you mean REALTIME"},
-        {"TIMER_NOT_FUOND", "hint: Did you mean TIMER_NOT_FOUND"},
-        {"-80", "hint: \"kqarch explain\" alone lists"},
-        {"7", "hint: \"kqarch explain\" alone lists"},
-        {"sys/secret@db", "nothing is known about \"sys/***@db\""},
-        {"808x", "hint: \"kqarch explain\" alone lists"},
-        {"99999999999999999999", "hint: \"kqarch explain\" alone lists"},
-        {"-2147483648", "hint: \"kqarch explain\" alone lists"},
-        {"zzzzzz\n", "nothing is known about \"zzzzzz\\x0a\""},
-    };
-    for (const auto& [topic, hint] : cases) {
-        const answer got = explained(topic);
-        EXPECT_EQ(got.status, exit_refused) << topic;
-        EXPECT_EQ(got.data, "") << topic;
-        EXPECT_THAT(got.diagnostics, HasSubstr(hint)) << topic;
-    }
-}
-
 TEST(explain, reads_bounds_when_it_is_asked) {
     const other_ini_alterable_t before = *ini_get_other_ini_info_by_index(ini_index_xmal_port);
     EXPECT_THAT(explained("XMAL_PORT").data, HasSubstr("1 to 65535"));
@@ -84,13 +35,6 @@ TEST(explain, reads_bounds_when_it_is_asked) {
     EXPECT_EQ(key["minimum"], 1000);
     EXPECT_EQ(key["maximum"], 2000);
     ini_set_other_ini_range(ini_index_xmal_port, before.min_value, before.max_value);
-}
-
-TEST(explain, keeps_to_the_width_of_a_terminal) {
-    std::istringstream lines(explained("-803").data + explained("").data + explained("RAFT").data +
-                             explained("ARCH_DEST").data);
-    for (std::string line; std::getline(lines, line);)
-        EXPECT_LE(line.size(), 90U) << line;
 }
 
 TEST(explain, lists_everything_without_a_topic) {
