@@ -57,9 +57,14 @@ inline bool has_control(std::string_view text) {
 
 // Texts of one length ignoring case.
 inline bool same_characters(std::string_view left, std::string_view right) {
-    for (; left.size() > 8; left.remove_prefix(8), right.remove_prefix(8))
-        if (fold_word(word_at(left.data())) != fold_word(word_at(right.data()))) return false;
-    return fold_word(head_of(left)) == fold_word(head_of(right));
+    if (fold_word(head_of(left)) != fold_word(head_of(right))) return false;
+    for (std::size_t at = 8; at < left.size(); at += 8) {
+        // The last eight characters may overlap those before.
+        const std::size_t from = std::min(at, left.size() - 8);
+        if (fold_word(word_at(left.data() + from)) != fold_word(word_at(right.data() + from)))
+            return false;
+    }
+    return true;
 }
 
 // Whole texts of known length ignoring case.
@@ -80,19 +85,19 @@ class folded_text {
     template <std::size_t Size>
     bool equals(const schar (&field)[Size]) const {
         static_assert(Size >= sizeof head_);
-        return ((word_at(field) ^ head_) & rough_mask_) == 0 && size_ <= Size &&
-               whole_equals(field);
+        return ((word_at(field) ^ head_) & rough_mask_) == 0 && whole_equals(field, Size);
     }
 
   private:
     // Apart, so that the walks that seldom come here stay short.
-    [[gnu::noinline]] bool whole_equals(const schar* field) const {
+    [[gnu::noinline]] bool whole_equals(const schar* field, std::size_t field_size) const {
+        if (size_ > field_size) return false;
         if ((fold_word(word_at(field)) & head_mask_) != fold_word(head_)) return false;
-        for (std::size_t at = sizeof head_; at < size_; at += sizeof head_) {
-            // The last eight characters may overlap those before.
-            const std::size_t from = std::min(at, size_ - sizeof head_);
-            if (fold_word(word_at(field + from)) != fold_word(word_at(text_ + from))) return false;
-        }
+        // From the end, because paths begin alike. The eight characters looked at last may overlap
+        // those before.
+        for (std::size_t end = size_; end > 8; end = std::max<std::size_t>(end, 16) - 8)
+            if (fold_word(word_at(field + end - 8)) != fold_word(word_at(text_ + end - 8)))
+                return false;
         return true;
     }
 
