@@ -5,6 +5,8 @@
 // There is no quoting: a value ends at the next comma and may contain "=". A keyword is a row; the
 // last one wins when it stands twice. The clause is cut in place, and nothing is allocated.
 #include <algorithm>
+#include <array>
+#include <span>
 
 #include "common/folded_text.h"
 #include "common/number.h"
@@ -132,35 +134,58 @@ struct keyword_row {
 
 using rec = arch_cfg_t;
 
+// By length, which is where a search begins.
 constexpr keyword_row keywords[] = {
     {"TYPE", 0, type},
     {"DEST", 0, dest},
-    {"INCOMING_PATH", ARCH_MOD_IN_MOUNT, timer_or_path<KQ_PATHNAME_MAX, ARCH_E_TOO_LONG>},
     {"FILE_SIZE", ARCH_MOD_FILE_SIZE, unsigned_number<&rec::file_size, low_16_bits>},
-    {"SPACE_LIMIT", ARCH_MOD_SPACE_LIMIT, unsigned_number<&rec::space_limit>},
-    {"ARCH_RECOVER_TIME", ARCH_MOD_RECOVER_TIME, recover_time},
-    {"ARCH_FLUSH_BUF_SIZE", ARCH_MOD_IN_MOUNT, unsigned_number<&rec::flush_buf_size>},
     {"HANG_FLAG", ARCH_MOD_IN_MOUNT, hang_flag},
+    {"WAIT_APPLY", ARCH_MOD_IN_MOUNT, flag<&rec::wait_apply>},
+    {"SPACE_LIMIT", ARCH_MOD_SPACE_LIMIT, unsigned_number<&rec::space_limit>},
+    {"INCOMING_PATH", ARCH_MOD_IN_MOUNT, timer_or_path<KQ_PATHNAME_MAX, ARCH_E_TOO_LONG>},
+    {"ARCH_FAILOVER", ARCH_MOD_FAILOVER, flag<&rec::arch_failover>},
     {"ARCH_TIMER_NAME", ARCH_MOD_IN_MOUNT,
      timer_or_path<longest_timer_name, ARCH_E_TIMER_NAME_TOO_LONG>},
     {"ARCH_SEND_DELAY", ARCH_MOD_SEND_DELAY, unsigned_number<&rec::arch_send_delay, low_16_bits>},
+    {"ARCH_RECOVER_TIME", ARCH_MOD_RECOVER_TIME, recover_time},
     {"RAFT_VOTE_INTERVAL", ARCH_MOD_RAFT_VOTE_INTERVAL, raft_vote_interval},
-    {"WAIT_APPLY", ARCH_MOD_IN_MOUNT, flag<&rec::wait_apply>},
-    {"ARCH_FAILOVER", ARCH_MOD_FAILOVER, flag<&rec::arch_failover>},
+    {"ARCH_FLUSH_BUF_SIZE", ARCH_MOD_IN_MOUNT, unsigned_number<&rec::flush_buf_size>},
     {"ARCH_SUBSCRIBE_MODE", ARCH_MOD_SUBSCRIBE_MODE, subscriber_number<&rec::arch_subscb_mode>},
     {"ARCH_THRESHOLD_PER_SECOND", ARCH_MOD_THRESHOLD,
      subscriber_number<&rec::arch_threshold_per_second>},
 };
 
+constexpr std::size_t length_of(const keyword_row& row) {
+    return row.keyword.size();
+}
+
+static_assert(std::ranges::is_sorted(keywords, {}, length_of));
+
+constexpr std::size_t longest_keyword = length_of(*std::rbegin(keywords));
+
+// The rows of keywords of a length begin here, and end where those of the next begin.
+constexpr auto first_of_length = [] {
+    std::array<const keyword_row*, longest_keyword + 2> first{};
+    for (std::size_t length = 0; length < first.size(); ++length)
+        first[length] = std::ranges::lower_bound(keywords, length, {}, length_of);
+    return first;
+}();
+
+const keyword_row* find_keyword(std::string_view keyword) {
+    const std::size_t length = keyword.size();
+    if (length > longest_keyword) return nullptr;
+    for (const keyword_row& row : std::span(first_of_length[length], first_of_length[length + 1]))
+        if (same_characters(row.keyword, keyword)) return &row;
+    return nullptr;
+}
+
 kqcode_t apply_keyword(std::string_view keyword, std::string_view value, clause_result& result,
                        usint& named) {
-    for (const keyword_row& row : keywords) {
-        if (!same_text(row.keyword, keyword)) continue;
-        const kqcode_t code = row.apply(result, value);
-        if (code >= 0) named = static_cast<usint>(named | row.bit);
-        return code;
-    }
-    return ARCH_E_CLAUSE_UNKNOWN_KEYWORD;
+    const keyword_row* row = find_keyword(keyword);
+    if (row == nullptr) return ARCH_E_CLAUSE_UNKNOWN_KEYWORD;
+    const kqcode_t code = row->apply(result, value);
+    if (code >= 0) named = static_cast<usint>(named | row->bit);
+    return code;
 }
 
 // ---- Segments ----
