@@ -34,13 +34,13 @@ namespace {
 
 using block_header = kqenv_struct::block_header;
 
-// The address sanitizer has to see each block end.
+// The largest block that is kept. The address sanitizer has to see each block end.
 #if defined(__SANITIZE_ADDRESS__)
-constexpr bool keeps_blocks = false;
+constexpr ulint64 largest_kept = 0;
 #elif defined(__has_feature)
-constexpr bool keeps_blocks = !__has_feature(address_sanitizer);
+constexpr ulint64 largest_kept = __has_feature(address_sanitizer) ? 0 : 512;
 #else
-constexpr bool keeps_blocks = true;
+constexpr ulint64 largest_kept = 512;
 #endif
 
 void link_block(kqenv_struct& pool, block_header* header) {
@@ -61,8 +61,7 @@ void unlink_block(kqenv_struct& pool, block_header* header) {
 
 // The list that blocks of a size are kept in; null for one that is not kept.
 block_header** kept_of(kqenv_struct& pool, ulint64 size) {
-    const ulint64 place = size / 16;
-    return keeps_blocks && place < pool.kept.size() ? &pool.kept[place] : nullptr;
+    return size <= largest_kept ? &pool.kept[size / 16] : nullptr;
 }
 
 block_header* take_kept(kqenv_struct& pool, ulint64 size) {

@@ -120,6 +120,22 @@ TEST(pool, counts_blocks_and_keeps_its_limit_to_the_byte) {
     EXPECT_EQ(mem_env_destroy(env), 0u);
 }
 
+TEST(pool, hands_out_again_only_what_is_as_large) {
+    kqenv_t env = mem_env_create(1024);
+    void* given_back = mem_malloc_ex(env, 100, __FILE__, __LINE__);
+    mem_free(env, given_back);
+    for (ulint64 size : {96u, 99u, 101u, 111u, 512u, 513u}) {
+        void* block = mem_malloc_ex(env, size, __FILE__, __LINE__);
+        EXPECT_NE(block, given_back) << size;
+        std::memset(block, 1, size);
+        mem_free(env, block);
+    }
+    void* all = mem_malloc_ex(env, 1024, __FILE__, __LINE__);
+    EXPECT_NE(all, nullptr);
+    mem_free(env, all);
+    EXPECT_EQ(mem_env_destroy(env), 0u);
+}
+
 void by_four_threads(const std::function<void()>& work) {
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i)
