@@ -1,6 +1,6 @@
 #include "ntimer_cfg.h"
 
-#include <map>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -17,7 +17,7 @@ struct timer {
     std::vector<std::pair<std::string, std::string>> keys;  // as they are written
 };
 
-using timer_map = std::map<std::string, timer, less_ignoring_case>;
+using timer_map = std::unordered_map<std::string, timer, hash_ignoring_case, same_ignoring_case>;
 
 timer_map timers;
 

@@ -8,12 +8,14 @@
 
 namespace arch {
 
-// The low 32 bits, decimal, octal or hexadecimal as the text begins. A single digit, as flags are,
-// is the same in each.
+// The low 32 bits, decimal, octal or hexadecimal as the text begins. Nearly all are decimal.
 inline ulint number_in(const schar* text) {
-    const bool is_one_digit = text[0] >= '0' && text[0] <= '9' && text[1] == '\0';
-    return is_one_digit ? static_cast<ulint>(text[0] - '0')
-                        : static_cast<ulint>(std::strtoul(text, nullptr, 0));
+    if (text[0] == '0' && text[1] != '\0')
+        return static_cast<ulint>(std::strtoul(text, nullptr, 0));
+    ulint number = 0;
+    for (; *text >= '0' && *text <= '9'; ++text)
+        number = 10 * number + static_cast<ulint>(*text - '0');
+    return number;
 }
 
 }  // namespace arch

@@ -83,6 +83,15 @@ inline schar fold(schar c) {
     return c >= 'a' && c <= 'z' ? static_cast<schar>(c - 'a' + 'A') : c;
 }
 
+// Copies a text that the field takes, in upper case, and terminates it.
+template <std::size_t Size>
+void copy_upper_case(schar (&field)[Size], std::string_view text) {
+    schar* to = field;
+    for (const schar c : text)
+        *to++ = fold(c);
+    *to = '\0';
+}
+
 inline bool is_control(schar c) {
     return static_cast<byte>(c) < 0x20 || c == 0x7f;
 }

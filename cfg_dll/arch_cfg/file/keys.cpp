@@ -30,7 +30,10 @@ struct key_line {
     arch_cfg_t* section;  // never null for a section's key
     const other_ini_alterable_t& key;
     schar* text;
-    ulint number;  // of an integer key
+    std::size_t size;  // of the text
+    ulint number;      // of an integer key
+
+    std::string_view value() const { return {text, size}; }
 };
 
 using apply_function = kqcode_t (*)(const key_line&);
@@ -46,12 +49,15 @@ struct key_row {
 
 // ---- Where values go ----
 
-template <typename Field>
+// Settings interlocked, because some are read without the lock.
+template <key_scope Scope, typename Field>
 void store(Field& field, const key_line& line) {
     if constexpr (std::is_array_v<Field>)
-        copy_text(field, line.text);
-    else  // interlocked, because some settings are read without the lock
+        copy_text(field, line.value());
+    else if constexpr (Scope == key_scope::global)
         os_interlock_write(&field, static_cast<Field>(line.number));
+    else
+        field = static_cast<Field>(line.number);
 }
 
 kqcode_t no_rule(const key_line&) {
@@ -62,7 +68,7 @@ kqcode_t no_rule(const key_line&) {
 template <auto Field, apply_function Rule = no_rule>
 kqcode_t in_section(const key_line& line) {
     const kqcode_t code = Rule(line);
-    if (code >= 0) store(line.section->*Field, line);
+    if (code >= 0) store<key_scope::section>(line.section->*Field, line);
     return code;
 }
 
@@ -70,7 +76,7 @@ kqcode_t in_section(const key_line& line) {
 template <auto Field, apply_function Rule = no_rule>
 kqcode_t in_registry(const key_line& line) {
     const kqcode_t code = Rule(line);
-    if (code >= 0) store(line.registry.*Field, line);
+    if (code >= 0) store<key_scope::global>(line.registry.*Field, line);
     return code;
 }
 
@@ -78,7 +84,7 @@ kqcode_t in_registry(const key_line& line) {
 template <auto Field, apply_function Rule = no_rule>
 kqcode_t in_process(const key_line& line) {
     const kqcode_t code = Rule(line);
-    if (code >= 0) store(arch_cfg_sys.*Field, line);
+    if (code >= 0) store<key_scope::global>(arch_cfg_sys.*Field, line);
     return code;
 }
 
@@ -93,7 +99,7 @@ kqcode_t in_own_bounds(const key_line& line) {
 }
 
 kqcode_t dest_ip_fits(const key_line& line) {
-    if (std::strlen(line.text) > ARCH_IP_MAX)
+    if (line.size > ARCH_IP_MAX)
         return refuse_printed(ARCH_E_INVALID_VALUE,
                               "ARCH_DEST_IP value is too long, must be smaller than %d!\n",
                               ARCH_IP_MAX);
@@ -101,7 +107,7 @@ kqcode_t dest_ip_fits(const key_line& line) {
 }
 
 kqcode_t xmal_ip_fits(const key_line& line) {
-    if (std::strlen(line.text) > ARCH_IP_MAX)
+    if (line.size > ARCH_IP_MAX)
         return refuse_printed(ARCH_E_INVALID_VALUE,
                               "XMAL_IP value is too long, must be smaller than %d!\n", ARCH_IP_MAX);
     return 0;
@@ -109,7 +115,7 @@ kqcode_t xmal_ip_fits(const key_line& line) {
 
 kqcode_t recv_path_fits(const key_line& line) {
     constexpr std::size_t longest = 64;
-    if (std::strlen(line.text) > longest) {
+    if (line.size > longest) {
         (void)std::fputs("ARCH_RECV_PATH is too long!\n", stderr);
         return ARCH_E_INVALID_VALUE;
     }
@@ -149,7 +155,7 @@ kqcode_t apply_local_path(const key_line& line) {
     const kqcode_t code =
         arch_cfg_check_dest_validate(&line.registry, line.text, line.section->type);
     if (code < 0) return code;
-    copy_text(line.section->dest, line.text);
+    copy_text(line.section->dest, line.value());
     cut_path_end_dir(line.section->dest);
     return code;
 }
@@ -157,7 +163,8 @@ kqcode_t apply_local_path(const key_line& line) {
 kqcode_t apply_remote_name(const key_line& line) {
     const kqcode_t code = arch_cfg_check_dest_validate(&line.registry, line.text, ARCH_TYPE_REMOTE);
     if (code < 0) return code;
-    copy_text(line.section->timer_name, kq_strupr(line.text));
+    (void)kq_strupr(line.text);
+    copy_text(line.section->timer_name, line.value());
     return code;
 }
 
@@ -271,10 +278,10 @@ const key_row* row_of(lint index) {
 // ---- Applying a line ----
 
 kqcode_t apply_key(arch_cfg_sys_t& registry, arch_cfg_t* section, const key_row& row,
-                   const schar* name, schar* text) {
+                   const schar* name, schar* text, std::size_t size) {
     const other_ini_alterable_t& key = *ini_get_other_ini_info_by_index(row.index);
     if (reading_index* index = reading_index::of(arch_cfg_sys)) index->change(section);
-    key_line line{registry, section, key, text, 0};
+    key_line line{registry, section, key, text, size, 0};
     if (key.is_str == 0) {
         if (ini_is_integer(text) == 0) return ARCH_E_INVALID_VALUE;
         line.number = number_in(text);
@@ -300,11 +307,12 @@ kqcode_t arch_cfg_add_value(void* cfg_sys, arch_cfg_t* arch, const schar* para_n
         return refuse_printed(
             ARCH_E_NO_SECTION,
             "Invalid [arch_name] or the file contains unrecognized characters!\n");
-    if (std::strlen(text) > longest_value(arch)) return ARCH_E_INVALID_VALUE;
+    const std::size_t size = std::strlen(text);
+    if (size > longest_value(arch)) return ARCH_E_INVALID_VALUE;
     if (row == nullptr) return ARCH_E_PARA_NOT_ALLOWED;
 
     if (cfg_sys != nullptr)
-        return apply_key(*static_cast<arch_cfg_sys_t*>(cfg_sys), arch, *row, para_name, text);
+        return apply_key(*static_cast<arch_cfg_sys_t*>(cfg_sys), arch, *row, para_name, text, size);
     const arch_cfg_hold hold;
-    return apply_key(arch_cfg_sys, arch, *row, para_name, text);
+    return apply_key(arch_cfg_sys, arch, *row, para_name, text, size);
 }

@@ -14,15 +14,15 @@ using namespace arch;
 
 namespace {
 
-kqcode_t create_section(arch_cfg_sys_t& registry, const schar* name, arch_cfg_t*& created) {
+kqcode_t create_section(arch_cfg_sys_t& registry, std::string_view name, arch_cfg_t*& created) {
     if (section_exists(registry, name)) {
         created = nullptr;
         return ARCH_E_DUPLICATE_NAME;
     }
     auto* arch = static_cast<arch_cfg_t*>(os_malloc(sizeof(arch_cfg_t)));
     if (arch == nullptr) return ARCH_E_OUT_OF_MEMORY;
-    arch_init(arch, name);
-    append(registry, *arch);
+    arch_init(arch, name.data());
+    append(registry, *arch, name);
     created = arch;
     return 0;
 }
@@ -45,14 +45,15 @@ kqcode_t arch_cfg_create(void* cfg_sys, const schar* subname, arch_cfg_t** arch_
         aq_fprintf_inner(stdout, "Invalid archive name, cannot include 'STANDBY_ARCHIVE'!\n");
         return ARCH_E_INVALID_VALUE;
     }
-    if (std::strlen(subname) > KQ_SYSNAME_MAX) return ARCH_E_TOO_LONG;
+    const std::string_view name = subname;
+    if (name.size() > KQ_SYSNAME_MAX) return ARCH_E_TOO_LONG;
 
     arch_cfg_t* ignored = nullptr;
     arch_cfg_t*& created = arch_out != nullptr ? *arch_out : ignored;
     if (cfg_sys != nullptr)
-        return create_section(*static_cast<arch_cfg_sys_t*>(cfg_sys), subname, created);
+        return create_section(*static_cast<arch_cfg_sys_t*>(cfg_sys), name, created);
     const arch_cfg_hold hold;
-    return create_section(arch_cfg_sys, subname, created);
+    return create_section(arch_cfg_sys, name, created);
 }
 
 void arch_cfg_get_name(ulint type, schar* subname) {

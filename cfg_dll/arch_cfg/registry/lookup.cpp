@@ -32,12 +32,11 @@ arch_cfg_t* first_of_type(const arch_cfg_sys_t& registry, ulint type) {
 kqcode_t next_piece(const schar*& cursor, sysname_t& piece) {
     piece[0] = '\0';
     if (cursor == nullptr) return 0;
-    const schar* separator = std::strchr(cursor, '/');
-    const std::string_view next =
-        separator != nullptr ? std::string_view(cursor, separator) : std::string_view(cursor);
+    const schar* rest = cursor;
+    const std::string_view next = cut_piece(rest);
     if (next.size() > KQ_SYSNAME_MAX) return ARCH_E_TOO_LONG;
     copy_text(piece, next);
-    cursor = separator != nullptr ? separator + 1 : nullptr;
+    cursor = rest;
     return 0;
 }
 

@@ -16,13 +16,13 @@ arch_cfg_sys_t arch_cfg_sys;
 
 namespace arch {
 
-void append(arch_cfg_sys_t& registry, arch_cfg_t& arch) {
+void append(arch_cfg_sys_t& registry, arch_cfg_t& arch, std::string_view name) {
     arch_cfg_lst_t& list = registry.arch_lst;
     arch.link = {list.end, nullptr};
     (list.end != nullptr ? list.end->link.next : list.start) = &arch;
     list.end = &arch;
     ++list.count;
-    if (reading_index* index = reading_index::of(registry)) index->append(arch);
+    if (reading_index* index = reading_index::of(registry)) index->append(arch, name);
 }
 
 void unlink(arch_cfg_sys_t& registry, arch_cfg_t& arch) {

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "arch_cfg.h"
+#include "common/text.h"
 
 namespace arch {
 
@@ -56,7 +57,11 @@ inline std::size_t longest_value(const arch_cfg_t* section) {
     return section != nullptr && holds_archives(*section) ? KQ_PATHNAME_MAX : KQ_SYSNAME_MAX;
 }
 
-void append(arch_cfg_sys_t& registry, arch_cfg_t& arch);
+// `name` is the record's; who has just filled the record has it in reach, and the record not yet.
+void append(arch_cfg_sys_t& registry, arch_cfg_t& arch, std::string_view name);
+inline void append(arch_cfg_sys_t& registry, arch_cfg_t& arch) {
+    append(registry, arch, text_in(arch.name));
+}
 void unlink(arch_cfg_sys_t& registry, arch_cfg_t& arch);
 
 // Unlinks a record and gives its block back.
@@ -82,15 +87,24 @@ arch_cfg_t* find_destination(const arch_cfg_sys_t& registry, const schar* text,
 
 arch_cfg_t* find_section(const arch_cfg_sys_t& registry, const schar* name);
 
-// Whether find_section and find_destination find one; during start-up, without a walk. The text is
-// terminated.
-bool section_exists(const arch_cfg_sys_t& registry, const schar* name);
-bool destination_exists(const arch_cfg_sys_t& registry, std::string_view text,
-                        const arch_cfg_t* except);
-
 arch_cfg_t* first_of_type(const arch_cfg_sys_t& registry, ulint type);
 
-// Takes the next piece of a list separated by "/" (arch_cfg_calc_next_inst_dest).
+// Whether find_section, find_destination and, for a subscriber, first_of_type find one; during
+// start-up, without a walk. The texts are terminated.
+bool section_exists(const arch_cfg_sys_t& registry, std::string_view name);
+bool destination_exists(const arch_cfg_sys_t& registry, std::string_view text,
+                        const arch_cfg_t* except);
+bool subscriber_exists(const arch_cfg_sys_t& registry);
+
+// Moves a list separated by "/" on to what follows its next piece, null at the end.
+inline std::string_view cut_piece(const schar*& list) {
+    const schar* first = list;
+    const schar* separator = std::strchr(first, '/');
+    list = separator != nullptr ? separator + 1 : nullptr;
+    return separator != nullptr ? std::string_view(first, separator) : std::string_view(first);
+}
+
+// Takes the next piece of such a list (arch_cfg_calc_next_inst_dest).
 kqcode_t next_piece(const schar*& cursor, sysname_t& piece);
 
 // Whether a list has at most 16 pieces and none is too long; only such a list is searched.

@@ -34,7 +34,7 @@ kqcode_t choose_file(const schar* given, file_path& path) {
 
 // A subscriber's connection text may hold a password: the file is then nobody's but its owner's.
 void warn_of_readers(const file_path& path) {
-    const bool has_subscriber = first_of_type(arch_cfg_sys, ARCH_TYPE_SUBSCRIBE) != nullptr;
+    const bool has_subscriber = subscriber_exists(arch_cfg_sys);
     struct stat status;
     if (has_subscriber && stat(path, &status) == 0 && (status.st_mode & (S_IRGRP | S_IROTH)) != 0)
         warn("%s names a subscriber, and others than its owner may read it.", path);

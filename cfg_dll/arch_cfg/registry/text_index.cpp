@@ -42,21 +42,29 @@ void text_index::free_slots() {
     if (slots_.data() != own_slots_.data()) os_free(slots_.data());
 }
 
-// The text as a polynomial, with seven characters a coefficient, at the key.
-ulint64 text_index::fingerprint(std::string_view text) const {
+// The text as a polynomial, with seven characters a coefficient, at the key; and its kind, which no
+// two texts share that are the same otherwise.
+ulint64 text_index::fingerprint(text_kind kind, std::string_view text) const {
     ulint64 sum = text.size();
     for (; text.size() > step; text.remove_prefix(step))
         sum = product(sum + (fold_word(word_at(text.data())) & step_mask), key_);
-    return product(sum + fold_word(head_of(text)), key_);
+    return product(sum + fold_word(head_of(text)), key_) << 1 | static_cast<ulint64>(kind);
 }
 
 std::size_t text_index::place_of(ulint64 fingerprint) const {
     return fingerprint * 0x9e3779b97f4a7c15 >> (64 - std::countr_zero(slots_.size()));
 }
 
+bool text_index::contains(text_kind kind, std::string_view text) const {
+    const ulint64 sought = fingerprint(kind, text);
+    for (std::size_t at = place_of(sought); slots_[at].text != nullptr; at = next(at))
+        if (slots_[at].fingerprint == sought && same_text(slots_[at].text, text)) return true;
+    return false;
+}
+
 void text_index::put(const slot& entry) {
     std::size_t at = place_of(entry.fingerprint);
-    while (slots_[at].owner != nullptr)
+    while (slots_[at].text != nullptr)
         at = next(at);
     slots_[at] = entry;
 }
@@ -68,15 +76,15 @@ bool text_index::grow() {
     slots_ = {larger, 2 * old.size()};
     std::memset(larger, 0, slots_.size_bytes());
     for (const slot& entry : old)
-        if (entry.owner != nullptr) put(entry);
+        if (entry.text != nullptr) put(entry);
     if (old.data() != own_slots_.data()) os_free(old.data());
     return true;
 }
 
-void text_index::add(std::string_view text, const arch_cfg_t& owner) {
+void text_index::add(text_kind kind, std::string_view text, const schar* kept) {
     is_complete_ = is_complete_ && (4 * used_ < 3 * slots_.size() || grow());
     if (!is_complete_) return;
-    put({fingerprint(text), &owner});
+    put({fingerprint(kind, text), kept});
     ++used_;
 }
 

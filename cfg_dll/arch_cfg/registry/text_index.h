@@ -1,4 +1,4 @@
-// Finds the records that texts belong to, ignoring case, without a walk over the list.
+// Finds texts that were added, ignoring case, without a walk over the list.
 #ifndef ARCH_REGISTRY_TEXT_INDEX_H
 #define ARCH_REGISTRY_TEXT_INDEX_H
 
@@ -6,13 +6,16 @@
 #include <span>
 #include <string_view>
 
-#include "arch_cfg.h"
+#include "kqtype.h"
 
 namespace arch {
 
-// A hash table, of which a registry that start-up accepts needs no more than the slots inside it.
-// What a text hashes to depends on a key that who wrote the text cannot know, so that no file makes
-// the searches slow.
+// What a text is added as: a search finds only those of its own kind.
+enum class text_kind : byte { section, destination };
+
+// A hash table, of which a registry that start-up accepts needs hardly more than the slots inside
+// it. What a text hashes to depends on a key that who wrote the text cannot know, so that no file
+// makes the searches slow.
 class text_index {
   public:
     text_index();
@@ -20,27 +23,22 @@ class text_index {
     text_index(const text_index&) = delete;
     text_index& operator=(const text_index&) = delete;
 
-    void add(std::string_view text, const arch_cfg_t& owner);
+    // `kept` is where the text stays, terminated. It is not read before a search finds it: the
+    // record that it stands in has just been cleared, and the processor would wait for that.
+    void add(text_kind kind, std::string_view text, const schar* kept);
 
     // False when there was no memory for all that was added: the index knows nothing then.
     bool is_complete() const { return is_complete_; }
 
-    // Whether a text was added for a record of which `has_text` says that it has that text.
-    template <typename HasText>
-    bool contains(std::string_view text, HasText has_text) const {
-        const ulint64 sought = fingerprint(text);
-        for (std::size_t at = place_of(sought); slots_[at].owner != nullptr; at = next(at))
-            if (slots_[at].fingerprint == sought && has_text(*slots_[at].owner)) return true;
-        return false;
-    }
+    bool contains(text_kind kind, std::string_view text) const;
 
   private:
     struct slot {
         ulint64 fingerprint;
-        const arch_cfg_t* owner;  // null: free
+        const schar* text;  // null: free
     };
 
-    ulint64 fingerprint(std::string_view text) const;
+    ulint64 fingerprint(text_kind kind, std::string_view text) const;
     std::size_t place_of(ulint64 fingerprint) const;
     std::size_t next(std::size_t at) const { return (at + 1) & (slots_.size() - 1); }
     void put(const slot& entry);

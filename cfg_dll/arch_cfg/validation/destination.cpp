@@ -36,9 +36,9 @@ kqcode_t refuse_missing_destination(const arch_cfg_t& arch) {
     return refuse_logged(ARCH_E_INVALID_DEST, "ARCH_DEST not configured in archive %s", arch.name);
 }
 
-kqcode_t validate_common(const arch_cfg_t& arch) {
+kqcode_t validate_common(const arch_cfg_t& arch, const sample_file& sample) {
     if (lacks_destination(arch)) return refuse_missing_destination(arch);
-    if (holds_archives(arch) && !sample_file(arch).is_valid())
+    if (holds_archives(arch) && !sample.is_valid())
         return refuse(ARCH_E_INVALID_DEST, "ARCH_DEST name %s too long(max %d)\n", arch.dest,
                       KQ_PATHNAME_MAX);
     if (holds_archives(arch) && os_file_path_is_dfs(arch.dest) != 0)
@@ -56,6 +56,7 @@ kqcode_t validate_common(const arch_cfg_t& arch) {
 }  // namespace
 
 sample_file::sample_file(const arch_cfg_t& arch) {
+    if (!holds_archives(arch)) return;
     const schar* postfix = ini_get_str_value(ini_index_logfile_postfix_name);
     append(text_in(arch.dest));
     append("/");
@@ -77,10 +78,11 @@ bool sample_file::is_valid() const {
 
 kqcode_t validate_destination(const arch_cfg_sys_t& registry, arch_cfg_t& arch,
                               check_options options) {
-    if (const kqcode_t code = validate_common(arch); code < 0) return code;
+    const sample_file sample(arch);
+    if (const kqcode_t code = validate_common(arch, sample); code < 0) return code;
     switch (arch.type) {
         case ARCH_TYPE_LOCAL:
-            return validate_local(registry, arch, options);
+            return validate_local(registry, arch, sample, options);
         case ARCH_TYPE_REALTIME:
         case ARCH_TYPE_TIMELY:
             return validate_applying(registry, arch);
@@ -89,7 +91,7 @@ kqcode_t validate_destination(const arch_cfg_sys_t& registry, arch_cfg_t& arch,
         case ARCH_TYPE_ASYNC:
             return validate_async(arch, options);
         case ARCH_TYPE_REMOTE:
-            return validate_remote(registry, arch, options);
+            return validate_remote(registry, arch, sample, options);
         case ARCH_TYPE_RAFT:
         case ARCH_TYPE_LEARNER:
             return validate_raft_member(arch);

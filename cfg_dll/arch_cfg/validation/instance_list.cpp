@@ -48,14 +48,18 @@ kqcode_t store_instances(const arch_cfg_sys_t& registry, arch_cfg_t& arch, const
     sysname_t name;
     byte count = 0;
     while (list != nullptr) {
-        if (const kqcode_t code = next_piece(list, name); code < 0) return raise(code);
-        if (const kqcode_t code = check_name(registry, arch, name); code < 0) return code;
+        const std::string_view piece = cut_piece(list);
+        if (piece.size() > KQ_SYSNAME_MAX) return raise(ARCH_E_TOO_LONG);
+        copy_characters(name, piece);
+        name[piece.size()] = '\0';
+        const kqcode_t code = check_name(registry, arch, {name, piece.size()});
+        if (code < 0) return code;
         if (count == ARCH_INST_MAX) return ARCH_E_TOO_MANY_INSTS;
-        copy_text(arch.dest_insts[count++], kq_strupr(name));
+        copy_upper_case(arch.dest_insts[count++], {name, piece.size()});
     }
     arch.n_inst = count;
     if (count > 1 && arch.type == ARCH_TYPE_SYNC) return ARCH_E_TOO_MANY_INSTS;
-    copy_text(arch.dest, count == 1 ? name : "");
+    copy_text(arch.dest, count == 1 ? text_in(arch.dest_insts[0]) : "");
     return 0;
 }
 

@@ -11,9 +11,10 @@
 namespace arch {
 namespace {
 
-bool will_run_out_of_space(const arch_cfg_sys_t& registry, const arch_cfg_t& arch) {
+bool will_run_out_of_space(const arch_cfg_sys_t& registry, const arch_cfg_t& arch,
+                           const sample_file& sample) {
     const ulint64 bytes = ulint64{arch.file_size} << 20;
-    return os_file_check_overflow(sample_file(arch).path(), registry.arch_asm_mirror, bytes) != 0;
+    return os_file_check_overflow(sample.path(), registry.arch_asm_mirror, bytes) != 0;
 }
 
 // The sizes of both types; REMOTE is called local here too.
@@ -53,8 +54,8 @@ kqcode_t validate_remote_instance(const schar* instance) {
 }  // namespace
 
 kqcode_t validate_local(const arch_cfg_sys_t& registry, const arch_cfg_t& arch,
-                        check_options options) {
-    if (will_run_out_of_space(registry, arch))
+                        const sample_file& sample, check_options options) {
+    if (will_run_out_of_space(registry, arch, sample))
         return refuse(ARCH_E_OUT_OF_SPACE, "ARCH_DEST[%s] will be out of space.\n", arch.dest);
     if (arch_cfg_local_dest_check(arch.dest, options.asm_path_chk) == 0)
         return refuse(ARCH_E_INVALID_DEST,
@@ -67,8 +68,8 @@ kqcode_t validate_local(const arch_cfg_sys_t& registry, const arch_cfg_t& arch,
 }
 
 kqcode_t validate_remote(const arch_cfg_sys_t& registry, const arch_cfg_t& arch,
-                         check_options options) {
-    if (will_run_out_of_space(registry, arch))
+                         const sample_file& sample, check_options options) {
+    if (will_run_out_of_space(registry, arch, sample))
         return refuse(ARCH_E_OUT_OF_SPACE, "ARCH_DEST name %s will be out of space.\n", arch.dest);
     if (arch_cfg_local_dest_check(arch.dest, options.asm_path_chk) == 0)
         return refuse(ARCH_E_INVALID_DEST,

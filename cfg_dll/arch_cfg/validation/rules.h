@@ -13,7 +13,7 @@ struct check_options {
     kqbool asm_path_chk;  // probe paths on ASM storage like others
 };
 
-// The name of an archive file as a LOCAL or REMOTE destination will hold them.
+// The name of an archive file as a LOCAL or REMOTE destination will hold them; nothing for another.
 class sample_file {
   public:
     explicit sample_file(const arch_cfg_t& arch);
@@ -31,9 +31,9 @@ kqcode_t validate_destination(const arch_cfg_sys_t& registry, arch_cfg_t& arch,
                               check_options options);
 
 kqcode_t validate_local(const arch_cfg_sys_t& registry, const arch_cfg_t& arch,
-                        check_options options);
+                        const sample_file& sample, check_options options);
 kqcode_t validate_remote(const arch_cfg_sys_t& registry, const arch_cfg_t& arch,
-                         check_options options);
+                         const sample_file& sample, check_options options);
 kqcode_t validate_sync(const arch_cfg_t& arch);
 kqcode_t validate_async(const arch_cfg_t& arch, check_options options);
 // REALTIME or TIMELY; fills in their two defaults.
