@@ -3,9 +3,11 @@
 #include <ini.h>
 #include <kq_fault.h>
 #include <kq_instance.h>
+#include <osfile.h>
 #include <unistd.h>
 
 #include <stdexcept>
+#include <utility>
 
 #include "support/capture.h"
 #include "support/fields.h"
@@ -18,6 +20,43 @@ namespace fs = std::filesystem;
 
 std::string code_text(kqcode_t code) {
     return std::to_string(code);
+}
+
+// The registry as start-up would have it: what is never written back is not there, the voters are
+// those of the list, and the first LOCAL record hangs.
+static std::string as_read_back() {
+    arch_cfg_sys_t registry = arch_cfg_sys;
+    registry.raft_learner = registry.raft_cnt = registry.has_inited = 0;
+    if (registry.wait_apply == ARCH_UNSET_FLAG) registry.wait_apply = 0;
+    std::string text, records;
+    bool has_local = false;
+    for (const arch_cfg_t* each = registry.arch_lst.start; each; each = each->link.next) {
+        arch_cfg_t record = *each;
+        record.recv_path[0] = '\0';
+        if (record.type == ARCH_TYPE_LOCAL && !std::exchange(has_local, true)) record.hang_flag = 1;
+        records += "\n" + std::string(record.name) + differences(record_fields(), record);
+        if (record.type == ARCH_TYPE_RAFT) ++registry.raft_cnt;
+    }
+    return differences(registry_fields(), registry) + records;
+}
+
+std::string fault_of_start_up(const command_context& context, std::string* text) {
+    if (ini_get_value(0, ini_index_arch_flag) != 1) return "";
+    const std::string before = as_read_back();
+    std::string fault;
+    elog_close();
+    os_set_dry_run(text == nullptr);
+    {
+        descriptor_capture quiet(STDERR_FILENO);
+        kqcode_t code = start_up_aside(1, [&] {
+            if (as_read_back() != before) fault = "\nstarts up as" + as_read_back();
+            if (text != nullptr) *text = registry_text();
+        });
+        if (code != 0 && text != nullptr) fault = "\nstarts up with " + code_text(code);
+    }
+    os_set_dry_run(0);
+    elog_open(context.instance.error_log().c_str());
+    return fault;
 }
 
 namespace {
@@ -136,36 +175,13 @@ std::string start(const command_context& context) {
     return code_text(start_up(context));
 }
 
-// The registry as text, without what is never written back.
-std::string described() {
-    arch_cfg_sys_t registry = arch_cfg_sys;
-    registry.raft_learner = 0;
-    std::string text = differences(registry_fields(), registry) + "\n";
-    for (const arch_cfg_t* each = registry.arch_lst.start; each; each = each->link.next) {
-        arch_cfg_t record = *each;
-        record.recv_path[0] = '\0';
-        text += std::string(record.name) + differences(record_fields(), record) + "\n";
-    }
-    return text;
-}
-
 // What is wrong with a registry that was written and loaded again, and written once more.
 std::string fault_of_rewrite(const command_context& context) {
-    const std::string before = described(), text = registry_text();
-    std::string fault;
+    const std::string text = registry_text();
     write_file("kqarch.ini", text);
-    elog_close();
-    {
-        descriptor_capture quiet(STDERR_FILENO);
-        kqcode_t code = start_up_aside(1, [&] {
-            if (described() != before) fault = "\nread back as" + described();
-            if (registry_text() != text) fault += "\nwritten again as " + registry_text();
-        });
-        if (code != 0) fault = "\nread back with " + code_text(code);
-    }
-    elog_open(context.instance.error_log().c_str());
+    std::string again = text, fault = fault_of_start_up(context, &again);
     write_file("kqarch.ini", context.input);
-    return fault;
+    return fault + (again == text ? "" : "\nwritten again as " + again);
 }
 
 // load, with the same options, writes its input to kqarch.ini first. A registry that is accepted

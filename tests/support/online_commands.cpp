@@ -163,7 +163,8 @@ std::string returned(const arch_cfg_t* out, const arch_cfg_t* before) {
 
 // add ADDER CLAUSE [FIELD=VALUE...]: the code, the returned record, and what the call changed of
 // the texts and the record that it was handed. A field is set after the clause and the list were
-// taken over; path= and inst_name= stand for the texts, sys_mode= for the argument of that name.
+// taken over; path= and inst_name= stand for the texts, sys_mode= for the argument of that name. Where none is
+// set, start-up must read what was written.
 std::string add(const context& call) {
     const adder& chosen = adder_of(call.argument(0));
     parsed asked;
@@ -186,7 +187,8 @@ std::string add(const context& call) {
     if (path.text.c_str() != path_before) text += " path=(" + std::string(path.text.c_str()) + ")";
     if (instance.text.c_str() != instance_before)
         text += " inst_name=(" + std::string(instance.text.c_str()) + ")";
-    return text + asked.fault();
+    bool is_plain = code == 0 && call.arguments.size() == 2;
+    return text + asked.fault() + (is_plain ? fault_of_start_up(call) : "");
 }
 
 bool same_bytes(const arch_cfg_t& left, const arch_cfg_t& right) {
@@ -225,7 +227,8 @@ std::string modify_nothing(const context& call) {
 }
 
 std::string drop(const context& call) {
-    return code_text(arch_cfg_drop(call.text(0)));
+    kqcode_t code = arch_cfg_drop(call.text(0));
+    return code_text(code) + (code == 0 ? fault_of_start_up(call) : "");
 }
 
 // drop-low SECTION, or stranger for a record that is not registered, or null.

@@ -95,6 +95,11 @@ const command_table& platform_commands();
 
 std::string code_text(kqcode_t code);
 
+// What is wrong with a start-up from kqarch.ini: it gives a registry that is not the running one,
+// which stays. Nothing is printed or logged. With `text` it must also be accepted, and that becomes
+// what it would be written as; else it may be refused, as start-up has rules that changes have not.
+std::string fault_of_start_up(const command_context& context, std::string* text = nullptr);
+
 // The text of kqarch.ini with a line for each section, "[NAME] KEY=VALUE ...", as in input. A text
 // that is not just what the module would write for those lines stays as it is.
 extern const char* const file_header;
