@@ -70,32 +70,6 @@ TEST_F(growth, of_a_load_is_that_of_the_file) {
     EXPECT_LT(load_seconds(20000), 30 * small);
 }
 
-// A name or destination given again is found among many as it is among few.
-TEST_F(growth, hides_no_duplicate) {
-    struct {
-        const char* last;
-        kqcode_t code;
-    } const cases[] = {
-        {"[l77]\n", ARCH_E_DUPLICATE_NAME},
-        {"[X]\nARCH_TYPE = REALTIME\nARCH_DEST = NEW/inst9\n", ARCH_E_DEST_EXISTS},
-        {"[X]\nARCH_TYPE = REMOTE\nARCH_DEST = inst999\n", ARCH_E_DEST_EXISTS},
-        {"[X]\nARCH_TYPE = ASYNC\nARCH_DEST = Inst998/inst1000/INST998\n", 0},
-        {"[X]\nARCH_TYPE = LOCAL\nARCH_DEST = a\nARCH_DEST = A\n", ARCH_E_DEST_EXISTS},
-        {"[X]\nARCH_TYPE = REMOTE\nARCH_DEST = new\nARCH_TIMER_NAME = late\n"
-         "[Y]\nARCH_TYPE = RAFT\nARCH_DEST = LATE\n",
-         ARCH_E_DEST_EXISTS},
-    };
-    std::string many = repeated(998, [](int i) {
-        std::string name = std::to_string(i);
-        return "[L" + name + "]\nARCH_TYPE = ASYNC\nARCH_DEST = A" + name + "/INST" + name + "\n";
-    });
-    many += "[R]\nARCH_TYPE = REMOTE\nARCH_DEST = INST999\n";
-    for (const auto& one : cases) {
-        write_file("kqarch.ini", many + one.last);
-        EXPECT_EQ(start(0).code, one.code) << one.last;
-    }
-}
-
 struct hostile_file {
     const char* what;
     std::string text;
