@@ -77,7 +77,7 @@ TEST(file_copy, leaves_the_old_target_whole_when_anything_fails) {
             EXPECT_EQ(copied, met ? 0u : 1u);
             EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."), {}),
                       copied != 0 || has_target ? 2 : 1);
-            if (met && has_target) EXPECT_EQ(read_file("target"), "old");
+            EXPECT_TRUE(!met || !has_target || read_file("target") == "old");
             return met;
         });
     }
@@ -159,11 +159,13 @@ TEST(dry_runs, do_not_wait) {
 // A caller may leave out what it does not want, and whoever hands over nothing gets nothing.
 TEST(nothing, is_taken_where_something_should_be) {
     instance_directory directory;
-    const schar* const no_format = nullptr;
+    // As a compiler sees them that does not know formats.
+    void (*print)(FILE*, const schar*, ...) = aq_fprintf_inner;
+    void (*report)(ulint, const schar*, ...) = elog_report_ex;
     descriptor_capture console(2);
-    aq_fprintf_inner(nullptr, "nobody");
-    aq_fprintf_inner(stderr, no_format, 1);
-    elog_report_ex(4, no_format, 1);
+    print(nullptr, "nobody");
+    print(stderr, nullptr);
+    report(4, nullptr);
     elog_report_ex(2, "%s", "");
     elog_try_report_kqerr(-1, nullptr, 7);
     EXPECT_EQ(console.text(), "");

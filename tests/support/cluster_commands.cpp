@@ -9,8 +9,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "support/binding.h"
 #include "support/fields.h"
-#include "support/scenario.h"
 #include "support/wire_text.h"
 
 namespace test_support {
@@ -200,11 +200,6 @@ std::string nodes(const context& call) {
     return "ok";
 }
 
-std::string close_instance(const context&) {
-    kq_instance_close();
-    return "ok";
-}
-
 }  // namespace
 
 const command_table& cluster_commands() {
@@ -220,7 +215,7 @@ const command_table& cluster_commands() {
         {"arch_cfg_collect_inst_name", collect},
         {"rarch_cfg_arch_path_get", paths},
         {"nodes", nodes},
-        {"close_instance", close_instance},
+        {"close_instance", bound<kq_instance_close>},
     };
     return table;
 }

@@ -6,8 +6,8 @@
 #include <set>
 #include <stdexcept>
 
+#include "support/binding.h"
 #include "support/fields.h"
-#include "support/scenario.h"
 
 namespace test_support {
 
@@ -243,29 +243,12 @@ std::string drop_low(const context& call) {
     return code_text(code) + (same_bytes(stranger, before) ? "" : ", the record was changed");
 }
 
-std::string write_to_file(const context&) {
-    arch_cfg_hold lock;
-    return code_text(arch_cfg_sys_write_to_file());
-}
-
 // write-by-rec WITH_ENTER [null]: writes the input; the lock is held here unless WITH_ENTER is 1.
 std::string write_by_rec(const context& call) {
     const schar* text = call.arguments.size() > 1 ? nullptr : call.input.c_str();
     if (call.number(0) == 1) return code_text(arch_cfg_sys_write_by_rec(text, 1));
     arch_cfg_hold lock;
     return code_text(arch_cfg_sys_write_by_rec(text, call.number(0)));
-}
-
-ulint64 sequence_number(const context& call) {
-    return std::stoull(call.argument(0));
-}
-
-std::string backup(const context& call) {
-    return code_text(arch_file_gen_bak(sequence_number(call)));
-}
-
-std::string delete_backup(const context& call) {
-    return code_text(arch_file_delete_bak(sequence_number(call)));
 }
 
 // files [DIRECTORY]: what a directory holds, each with its mode; of the instance's directory not
@@ -312,10 +295,10 @@ const command_table& online_commands() {
         {"modify-nothing", modify_nothing},
         {"drop", drop},
         {"drop-low", drop_low},
-        {"write-file", write_to_file},
+        {"write-file", bound_locked<arch_cfg_sys_write_to_file>},
         {"write-by-rec", write_by_rec},
-        {"backup", backup},
-        {"delete-backup", delete_backup},
+        {"backup", bound<arch_file_gen_bak>},
+        {"delete-backup", bound<arch_file_delete_bak>},
         {"files", files},
         {"fifo", make_fifo},
         {"chmod", change_mode},
