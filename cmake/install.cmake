@@ -36,6 +36,7 @@ install(FILES COPYRIGHT DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME copyright)
 if(ARCH_CFG_BUILD_TOOLS)
   install(TARGETS kqarch)
   install(FILES docs/kqarch.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  install(FILES docs/check.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/arch_cfg)
   install(FILES tools/kqarch/completion/kqarch
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
   # Where Debian's zsh looks.

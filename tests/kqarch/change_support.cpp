@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 namespace {
 
 exit_status run(const std::function<exit_status(output&)>& command) {
-    output out("test", true);
+    output out("test", json_form);
     try {
         return command(out);
     } catch (const std::exception&) {

@@ -141,9 +141,13 @@ TEST_F(kqarch_json, gives_the_verdict_of_each_directory) {
     EXPECT_EQ(good["counts"].size(), 9U);
     EXPECT_EQ(document["directories"][1]["code"], -803);
     EXPECT_EQ(document["directories"][2]["verdict"], "not_checked");
-    EXPECT_EQ(
-        document["summary"],
-        json({{"directories", 3}, {"would_start", 1}, {"would_not_start", 1}, {"not_checked", 1}}));
+    EXPECT_EQ(document["summary"], json({{"directories", 3},
+                                         {"would_start", 1},
+                                         {"would_not_start", 1},
+                                         {"not_checked", 1},
+                                         {"destinations", 1},
+                                         {"errors", 3},
+                                         {"warnings", 0}}));
 }
 
 TEST_F(kqarch_json, shows_settings_as_values) {

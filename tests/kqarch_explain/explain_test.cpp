@@ -21,7 +21,7 @@ struct answer {
 answer explained(const std::string& topic, bool as_json = false) {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
-    output out("explain", as_json);
+    output out("explain", as_json ? json_form : text_form);
     const int status = out.finish(run_explain(out, topic));
     return {status, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
 }

@@ -6,6 +6,7 @@
 #include <exception>
 #include <iostream>
 #include <limits>
+#include <optional>
 
 #include "password.h"
 #include "text.h"
@@ -39,9 +40,28 @@ std::string asked_command(int count, char** words) {
     return i < count ? words[i] : "";
 }
 
-bool asks_for_json(int count, char** words) {
-    return std::any_of(words, words + count,
-                       [](const char* word) { return std::strcmp(word, "--json") == 0; });
+// The value of -o or --output in a word: nothing when it is none, and empty when the next word is.
+// Letters of other options may stand before it, as in -qo.
+std::optional<std::string> form_in(const std::string& word) {
+    constexpr std::string_view long_name = "--output";
+    if (word == long_name) return "";
+    if (word.starts_with("--output=")) return word.substr(long_name.size() + 1);
+    size_t letter = word.starts_with('-') && !word.starts_with("--") ? word.find('o') : word.npos;
+    if (letter == word.npos) return std::nullopt;
+    return word.substr(letter + 1);
+}
+
+// Looked for before anything is parsed: a complaint about the command line has the form too.
+const output_form& asked_form(int count, char** words) {
+    const output_form* form = &text_form;
+    bool has_forms = first_word(count, words) == "check";
+    for (int i = 1; i < count && std::strcmp(words[i], "--") != 0; ++i) {
+        std::optional<std::string> name = has_forms ? form_in(words[i]) : std::nullopt;
+        if (name && name->empty() && i + 1 < count) name = words[i + 1];
+        if (std::strcmp(words[i], "--json") == 0) form = &json_form;
+        if (const output_form* named = name ? find_output_form(*name) : nullptr) form = named;
+    }
+    return *form;
 }
 
 // A complaint may quote what was given, and that may be a piece of a clause.
@@ -133,7 +153,7 @@ CLI::App& command_line::add(const std::string& name, const std::string& what,
 }
 
 int command_line::run(int count, char** words) {
-    output out("", asks_for_json(count, words));
+    output out("", asked_form(count, words));
     try {
         add_commands(asked_command(count, words));
         if (runs_.empty()) add_commands("");

@@ -23,11 +23,20 @@ constexpr const char* check_footer =
     "\nEvery problem is listed in one run: first each line that is refused; if there is none,\n"
     "each destination's first failing rule and the first of the whole. The verdict names the\n"
     "code that the server would return. Without --probe nothing on disk is changed: a directory\n"
-    "that the server would create is a note.\n"
+    "that the server would create is a note. A directory that is given twice is checked once.\n"
+    "\nOutputs: text    findings on standard error, a line for each directory on standard output\n"
+    "         json    one document with everything, the same as --json\n"
+    "         sarif   SARIF 2.1.0, for code review\n"
+    "         nagios  one line for monitoring, and the status 0 OK, 1 WARNING, 2 CRITICAL (would\n"
+    "                 not start, or a warning with --strict) or 3 UNKNOWN (could not be checked,\n"
+    "                 or wrong use)\n"
+    "With --quiet the text has errors and warnings, and the line of a directory that has one:\n"
+    "nothing when all is right. The other outputs stay as they are.\n"
     "\nExamples:\n"
     "  kqarch check db\n"
-    "  kqarch check --no-timers node1 node2\n"
-    "  kqarch check --json db | jq '.diagnostics[] | {line, name, text}'\n";
+    "  kqarch check --quiet --strict node1 node2\n"
+    "  kqarch check --json db | jq '.diagnostics[] | {line, name, text}'\n"
+    "  kqarch check -o sarif */ >kqarch.sarif\n";
 
 constexpr const char* show_footer =
     "\nShows what can be loaded of a configuration that the server would refuse, and says so.\n"
@@ -74,6 +83,14 @@ void add_check(command_line& commands) {
         "--no-timers", [given] { given->rules.timers = false; },
         "Do not look timers up in kqtimer.ini");
     check.add_flag("--check-asm", given->rules.asm_paths, "Check paths on ASM storage like others");
+    check.add_flag("-q,--quiet", given->quiet, "Print faults only, nothing when all is right");
+    check.add_flag("--strict", given->strict, "Exit with 1 where there are warnings too");
+    // Its value is found before the command line is parsed: see asked_form.
+    // Its value is looked for before the command line is parsed: see asked_form.
+    check.add_option("-o,--output", "What to write [text]")
+        ->type_name("FORM")
+        ->check(CLI::IsMember(output_form_names()))
+        ->take_last();
 }
 
 void add_show(command_line& commands) {

@@ -17,6 +17,13 @@ struct code_entry {
     const char* remedy;  // an instruction, fit to stand behind "hint: "
 };
 
+// What `kqarch check` finds beside what the server refuses with a code.
+struct doubt_entry {
+    std::string_view name;
+    const char* meaning;
+    const char* remedy;
+};
+
 enum class key_scope { global, section };
 
 // A set of destination types, one bit a type number.
@@ -56,7 +63,8 @@ std::span<const code_entry> all_codes();
 std::span<const key_entry> all_keys();
 std::span<const type_entry> all_types();
 
-const code_entry* find_code(kqcode_t code);          // also one that the module only passes on
+const code_entry* find_code(kqcode_t code);  // also one that the module only passes on
+const doubt_entry* find_doubt(std::string_view name);
 const key_entry* find_key(std::string_view name);    // ignoring case
 const type_entry* find_type(std::string_view name);  // ignoring case; MARCH too
 

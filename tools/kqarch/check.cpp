@@ -1,7 +1,10 @@
 #include "check.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <optional>
+#include <set>
 
 #include "backup.h"
 #include "catalogue.h"
@@ -25,6 +28,8 @@ struct verdict {
     std::optional<bool> archiving = {};  // unknown when the instance does not open
     type_counts counts = {};
     bool lost = false;  // kqarch.ini had destinations once, and is empty
+    size_t errors = 0;
+    size_t warnings = 0;
 };
 
 // A directory that the server would make, and the line that names it.
@@ -54,8 +59,14 @@ class checker {
     }
 
   private:
+    void tell(const diagnostic& found) {
+        if (found.level == severity::error) ++verdict_.errors;
+        if (found.level == severity::warning) ++verdict_.warnings;
+        out_.report(found);
+    }
+
     void give_up(const problem& found) {
-        out_.report(found.found);
+        tell(found.found);
         verdict_.code = found.found.code;
         verdict_.result =
             found.status == exit_failed ? outcome::not_checked : outcome::would_not_start;
@@ -63,7 +74,7 @@ class checker {
 
     void report(const std::vector<diagnostic>& found) {
         for (const diagnostic& one : found)
-            out_.report(one);
+            tell(one);
     }
 
     void refuse(const std::vector<diagnostic>& found, kqcode_t code) {
@@ -88,9 +99,10 @@ class checker {
 
     bool check_absent_config() {
         if (instance_.config_creatable()) {
-            out_.report({.level = severity::note,
-                         .file = instance_.config_file(),
-                         .text = "does not exist; the server would create it empty"});
+            tell({.level = severity::note,
+                  .file = instance_.config_file(),
+                  .text = "does not exist; the server would create it empty",
+                  .rule = "absent-file"});
             return true;
         }
         give_up({exit_failed,
@@ -131,14 +143,15 @@ class checker {
         if (!exists && std::any_of(failures.begin(), failures.end(), is_its_own)) return;
         ulint incoming = file_.key_line(missing.section, "ARCH_INCOMING_PATH");
         ulint line = incoming != 0 ? incoming : file_.key_line(missing.section, "ARCH_DEST");
-        out_.report({.level = severity::note,
-                     .file = file_.path(),
-                     .line = line,
-                     .section = missing.section,
-                     .key = incoming != 0 ? "ARCH_INCOMING_PATH" : "ARCH_DEST",
-                     .text = "directory " + file_.passwords().hide(missing.path) +
-                             (exists ? " did not exist and was created"
-                                     : " does not exist; the server would create it")});
+        tell({.level = severity::note,
+              .file = file_.path(),
+              .line = line,
+              .section = missing.section,
+              .key = incoming != 0 ? "ARCH_INCOMING_PATH" : "ARCH_DEST",
+              .text = "directory " + file_.passwords().hide(missing.path) +
+                      (exists ? " did not exist and was created"
+                              : " does not exist; the server would create it"),
+              .rule = "absent-directory"});
     }
 
     // Each is about an instance of kqmal.ini: "Instance(NAME) not configured in ...".
@@ -147,12 +160,12 @@ class checker {
         if (!texts.empty()) registry.read(instance_.file("kqmal.ini"));
         for (const std::string& text : texts) {
             size_t name = text.find('(') + 1;
-            out_.report(
-                {.level = severity::warning,
-                 .file = registry.path(),
-                 .line = line_of_instance(registry, text.substr(name, text.find(')') - name)),
-                 .text = text,
-                 .hint = "Add a destination for the instance if it is to receive archives."});
+            tell({.level = severity::warning,
+                  .file = registry.path(),
+                  .line = line_of_instance(registry, text.substr(name, text.find(')') - name)),
+                  .text = text,
+                  .hint = "Add a destination for the instance if it is to receive archives.",
+                  .rule = "instance-without-destination"});
         }
     }
 
@@ -172,10 +185,11 @@ class checker {
         std::string what = instance_.config_missing() ? "does not exist"
                            : blank                    ? "is empty"
                                                       : "seems to be cut short";
-        out_.report({.level = severity::warning,
-                     .file = instance_.config_file(),
-                     .text = what + ", and " + way->found,
-                     .hint = way->hint});
+        tell({.level = severity::warning,
+              .file = instance_.config_file(),
+              .text = what + ", and " + way->found,
+              .hint = way->hint,
+              .rule = "lost-text"});
     }
 
     const check_options& options_;
@@ -207,44 +221,93 @@ nlohmann::ordered_json as_document(const verdict& given) {
              given.result != outcome::not_checked ? nlohmann::ordered_json(given.code) : nullptr},
             {"name", entry != nullptr ? nlohmann::ordered_json(entry->name) : nullptr},
             {"archiving", archiving},
-            {"counts", counts_document(given.counts)}};
+            {"counts", counts_document(given.counts)},
+            {"errors", given.errors},
+            {"warnings", given.warnings}};
 }
 
-size_t count_results(const std::vector<verdict>& verdicts, outcome result) {
-    return static_cast<size_t>(
-        std::count_if(verdicts.begin(), verdicts.end(),
-                      [result](const verdict& given) { return given.result == result; }));
+// What all directories come to.
+struct summary {
+    size_t good = 0;
+    size_t refused = 0;
+    size_t failed = 0;
+    size_t destinations = 0;
+    size_t errors = 0;
+    size_t warnings = 0;
+
+    size_t directories() const { return good + refused + failed; }
+};
+
+void add(summary& all, const verdict& given) {
+    if (given.result == outcome::would_start) ++all.good;
+    if (given.result == outcome::would_not_start) ++all.refused;
+    if (given.result == outcome::not_checked) ++all.failed;
+    for (const auto& [type, count] : given.counts)
+        all.destinations += count;
+    all.errors += given.errors;
+    all.warnings += given.warnings;
 }
 
-void print_summary(const std::vector<verdict>& verdicts, output& out) {
-    size_t good = count_results(verdicts, outcome::would_start);
-    size_t refused = count_results(verdicts, outcome::would_not_start);
-    size_t failed = count_results(verdicts, outcome::not_checked);
-    out.set("summary", {{"directories", verdicts.size()},
-                        {"would_start", good},
-                        {"would_not_start", refused},
-                        {"not_checked", failed}});
-    if (verdicts.size() < 2) return;
+std::string summary_text(const summary& all) {
     std::vector<std::string> parts;
-    if (good > 0) parts.push_back(std::to_string(good) + " would start");
-    if (refused > 0) parts.push_back(std::to_string(refused) + " would not start");
-    if (failed > 0) parts.push_back(std::to_string(failed) + " could not be checked");
-    out.print_heading(count_of(verdicts.size(), "directory") + ": " + join(parts, ", "));
+    if (all.good > 0) parts.push_back(std::to_string(all.good) + " would start");
+    if (all.refused > 0) parts.push_back(std::to_string(all.refused) + " would not start");
+    if (all.failed > 0) parts.push_back(std::to_string(all.failed) + " could not be checked");
+    return count_of(all.directories(), "directory") + ": " + join(parts, ", ");
+}
+
+nlohmann::ordered_json as_document(const summary& all) {
+    return {{"directories", all.directories()}, {"would_start", all.good},
+            {"would_not_start", all.refused},   {"not_checked", all.failed},
+            {"destinations", all.destinations}, {"errors", all.errors},
+            {"warnings", all.warnings}};
+}
+
+// A directory under two names is one, so that nothing is told or counted twice.
+std::vector<std::string> without_repetition(const std::vector<std::string>& directories) {
+    std::vector<std::string> once;
+    std::set<std::pair<dev_t, ino_t>> seen;
+    for (const std::string& directory : directories) {
+        struct stat status {};
+        bool exists = stat(directory.c_str(), &status) == 0;
+        bool repeated = exists ? !seen.insert({status.st_dev, status.st_ino}).second
+                               : std::find(once.begin(), once.end(), directory) != once.end();
+        if (!repeated) once.push_back(directory);
+    }
+    return once;
+}
+
+// The verdict of one directory, and what --strict makes of it.
+std::string line_of(const verdict& given, bool strict) {
+    std::string line = given.directory + ": " + verdict_text(given);
+    if (!strict || given.warnings == 0 || given.result != outcome::would_start) return line;
+    return line + "; --strict refuses " + count_of(given.warnings, "warning");
+}
+
+exit_status status_of(const summary& all, bool strict) {
+    if (all.failed > 0) return exit_failed;
+    return all.refused > 0 || (strict && all.warnings > 0) ? exit_refused : exit_good;
 }
 
 }  // namespace
 
 exit_status run_check(const check_options& options, output& out) {
-    std::vector<verdict> verdicts;
+    summary all;
+    std::string line;
     nlohmann::ordered_json documents = nlohmann::ordered_json::array();
-    for (const std::string& directory : options.directories) {
+    if (options.quiet) out.set_quiet();
+    for (const std::string& directory : without_repetition(options.directories)) {
         verdict given = checker(options, directory, out).run();
-        out.print_heading(visible(given.directory) + ": " + verdict_text(given));
+        line = line_of(given, options.strict);
+        bool faulty = given.errors + given.warnings > 0;
+        if (!options.quiet || faulty) out.print_heading(visible(line));
         documents.push_back(as_document(given));
-        verdicts.push_back(std::move(given));
+        add(all, given);
     }
+    bool many = all.directories() > 1;
+    if (many && !options.quiet) out.print_heading(summary_text(all));
     out.set("directories", documents);
-    print_summary(verdicts, out);
-    if (count_results(verdicts, outcome::not_checked) > 0) return exit_failed;
-    return count_results(verdicts, outcome::would_not_start) > 0 ? exit_refused : exit_good;
+    out.set("summary", as_document(all));
+    out.set_headline(many ? summary_text(all) : line);
+    return status_of(all, options.strict);
 }

@@ -12,6 +12,8 @@ struct check_options {
     std::vector<std::string> directories;
     bool probe = false;  // create directories and probe files as the server does
     validation_options rules = {};
+    bool quiet = false;   // as text, faults only
+    bool strict = false;  // a warning fails
 };
 
 exit_status run_check(const check_options& options, output& out);

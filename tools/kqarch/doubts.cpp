@@ -19,12 +19,14 @@ std::string name_or_number(uid_t user) {
     return user_name(user).value_or("#" + std::to_string(user));
 }
 
-diagnostic warning_at(const std::string& file, ulint line, std::string text, std::string hint) {
+diagnostic warning_at(const char* rule, const std::string& file, ulint line, std::string text,
+                      std::string hint) {
     return {.level = severity::warning,
             .file = file,
             .line = line,
             .text = std::move(text),
-            .hint = std::move(hint)};
+            .hint = std::move(hint),
+            .rule = rule};
 }
 
 // The section whose key a line sets; a global key is one wherever it stands.
@@ -61,7 +63,7 @@ diagnostic doubt_of_path(const arch_cfg_t& arch, const config_file& file) {
     bool quoted = arch.dest[0] == '"' || arch.dest[0] == '\'';
     const char* key = directory_key(arch);
     diagnostic doubt = warning_at(
-        file.path(), file.key_line(arch.name, key),
+        "relative-directory", file.path(), file.key_line(arch.name, key),
         file.passwords().hide(std::string(key) + " " + arch.dest +
                               " is relative to the directory that the server is started in; from "
                               "here it is " +
@@ -76,7 +78,7 @@ diagnostic doubt_of_path(const arch_cfg_t& arch, const config_file& file) {
 diagnostic doubt_of_twin(const arch_cfg_t& arch, const arch_cfg_t& twin, const config_file& file) {
     const char* key = directory_key(arch);
     diagnostic doubt = warning_at(
-        file.path(), file.key_line(arch.name, key),
+        "same-directory", file.path(), file.key_line(arch.name, key),
         file.passwords().hide(std::string(key) + " " + arch.dest + " is the same directory as " +
                               twin.dest + " of section [" + twin.name + "]"),
         "Give each destination a directory of its own.");
@@ -107,13 +109,13 @@ std::vector<diagnostic> doubts_of_rights(const instance& open) {
     std::string path = open.config_file();
     bool exists = stat(path.c_str(), &status) == 0;
     if (exists && status.st_uid != 0 && (status.st_mode & S_IWUSR) == 0)
-        doubts.push_back(warning_at(path, 0, "may not be written by its owner",
+        doubts.push_back(warning_at("not-writable", path, 0, "may not be written by its owner",
                                     "Let the server's user write it: online changes fail."));
     if (!exists) path = open.file("kq.ini");
     if (!exists && stat(path.c_str(), &status) != 0) return doubts;
     if (status.st_uid == geteuid()) return doubts;
     std::string owner = name_or_number(status.st_uid);
-    doubts.push_back(warning_at(path, 0,
+    doubts.push_back(warning_at("other-user", path, 0,
                                 "belongs to " + owner +
                                     ", but files and directories were tested with the "
                                     "rights of " +
@@ -134,7 +136,7 @@ std::vector<diagnostic> doubts_of_lines(const config_file& file) {
         if (before != 0) {
             std::string key = entry->name;
             doubts.push_back(warning_at(
-                file.path(), line.number,
+                "key-twice", file.path(), line.number,
                 key + " stands already at line " + std::to_string(before) + "; this one counts",
                 "Remove one of the two lines."));
             doubts.back().section = file.passwords().hide(line.section);
@@ -149,7 +151,7 @@ std::vector<diagnostic> doubts_of_registry(const instance& open, const config_fi
     arch_cfg_hold hold;
     std::vector<diagnostic> doubts = doubts_of_twins(file);
     if (arch_cfg_sys.arch_lst.start == nullptr)
-        doubts.push_back(warning_at(open.config_file(), 0,
+        doubts.push_back(warning_at("nothing-archived", open.config_file(), 0,
                                     "archiving is on, and there is no destination: nothing is "
                                     "archived",
                                     "Add a LOCAL destination, or set ARCH_FLAG = 0 in kq.ini."));

@@ -75,7 +75,7 @@ std::vector<std::string> graph_formats() {
 }
 
 exit_status run_graph(const graph_options& options, output& out) {
-    if (out.as_json())
+    if (!out.as_text())
         return out.fail(exit_usage, "a graph is no JSON document", "",
                         "Leave --json out; --format chooses the picture, and `kqarch peer-check "
                         "--json` gives what it shows.");

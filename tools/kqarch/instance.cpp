@@ -151,7 +151,7 @@ instance::~instance() {
 
 std::optional<problem> instance::why_not_openable() const {
     struct stat status {};
-    diagnostic found{.file = directory_};
+    diagnostic found{.file = directory_, .rule = "no-instance"};
     if (stat(directory_.c_str(), &status) != 0) {
         found.text = std::strerror(errno);
         found.hint = "Give the configuration directory of an instance.";

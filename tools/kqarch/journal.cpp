@@ -94,7 +94,7 @@ json as_document(const table_row& row) {
 
 // What was made, oldest first.
 std::vector<table_row> rows_in(const std::string& directory) {
-    output nowhere("", true);
+    output nowhere("", json_form);
     std::optional<file_snapshot> taken = take_snapshot(directory + "/" + journal_name);
     std::vector<table_row> rows;
     if (taken) rows = rows_of(taken->bytes, "", nowhere);

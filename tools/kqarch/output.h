@@ -1,7 +1,7 @@
 // Where every command of kqarch puts what it has to say.
 //
 // Data goes to standard output, diagnostics to standard error. With --json both go into one
-// document on standard output, written by finish():
+// document on standard output, written by finish() (other forms: output_form.h):
 //
 //   {"schema_version": 1, "command": "check", "exit_code": 1,
 //    "diagnostics": [{"severity": "error", "file": "db/kqarch.ini", "line": 4, "code": -803,
@@ -18,43 +18,22 @@
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
-#include "kqtype.h"
-
-enum exit_status {
-    exit_good = 0,
-    exit_refused = 1,  // refused, or different
-    exit_usage = 2,    // wrong use of the command line
-    exit_failed = 3    // could not: a missing file, no permission, a full disk
-};
-
-enum class severity { error, warning, note };
-
-// `FILE:LINE: error[CODE NAME]: text`, then `hint: ...`; what is empty or 0 is left out.
-struct diagnostic {
-    severity level = severity::error;
-    std::string file = {};
-    ulint line = 0;
-    kqcode_t code = 0;
-    std::string section = {};
-    std::string key = {};
-    std::string text = {};
-    std::string hint = {};
-};
-
-// "-808 ARCH_E_INVALID_DEST".
-std::string code_text(kqcode_t code);
+#include "diagnostic.h"
+#include "output_form.h"
 
 class output {
   public:
-    output(std::string command, bool as_json);
+    output(std::string command, const output_form& form);
 
     // The command that speaks, once it is known.
-    void set_command(std::string command) { command_ = std::move(command); }
-    bool as_json() const { return as_json_; }
+    void set_command(std::string command) { said_.command = std::move(command); }
+    bool as_text() const { return form_ == &text_form; }
 
-    // A piece of text for standard output; nothing with --json.
+    // From now on the text holds no notes.
+    void set_quiet() { quiet_ = as_text(); }
+
+    // A piece of text for standard output; nothing in another form.
     void print(std::string_view text);
 
     // The same with a line feed, in bold on a terminal.
@@ -63,8 +42,9 @@ class output {
     // The same in red: something that is wrong.
     void print_alarm(std::string_view text);
 
-    // A field of the JSON document; nothing without --json.
+    // A field of the JSON document, and what the document of another form has instead of text.
     void set(const std::string& field, nlohmann::ordered_json value);
+    void set_headline(std::string text) { said_.headline = std::move(text); }
 
     // Of one file the first hundred are told, and then how many more there are.
     void report(const diagnostic& found);
@@ -82,16 +62,15 @@ class output {
 
   private:
     void write(std::string_view text);
+    void tell(const diagnostic& found);
     void report_left_out();
-    void write_document(exit_status status);
 
-    std::string command_;
-    bool as_json_;
+    const output_form* form_;
+    account said_;  // left empty by text
+    bool quiet_ = false;
     std::map<std::string, size_t> reported_;  // of each file
     std::string done_;
     int write_error_ = 0;  // errno of the first write that failed
-    nlohmann::ordered_json fields_ = nlohmann::ordered_json::object();
-    nlohmann::ordered_json diagnostics_ = nlohmann::ordered_json::array();
 };
 
 #endif

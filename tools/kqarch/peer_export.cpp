@@ -31,7 +31,7 @@ json envelope_of(const cluster_node& node) {
 exit_status run_peer_export(const std::string& directory, bool envelope, output& out) {
     for (const char* field : {"instance", "arch_local_share", "hpc_node", "members", "message"})
         out.set(field, nullptr);
-    if (!envelope && !out.as_json() && isatty(STDOUT_FILENO) == 1)
+    if (!envelope && out.as_text() && isatty(STDOUT_FILENO) == 1)
         return out.fail(exit_usage, "the message is binary, and standard output is a terminal", "",
                         "Redirect it into a file or a pipe, or write it as text with --envelope.");
     const auto [status, node, unread] = read_node(directory, out);

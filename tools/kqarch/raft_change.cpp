@@ -79,7 +79,7 @@ class raft_changer {
         : options_(options), request_(request), out_(out), row_(row_of(request.action)) {}
 
     exit_status run() {
-        output nowhere("", true);
+        output nowhere("", json_form);
         node_ = read_node(options_.directory, nowhere).node;
         if (node_ && node_->archiving) plan();
         if (std::optional<danger> found = worst_danger()) {
