@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr doubt_entry doubts[] = {
+constexpr doubt_entry doubt_entries[] = {
     {"absent-file", "There is no kqarch.ini.",
      "The server creates it empty, and archives nothing until a destination is added."},
     {"absent-directory", "The directory of a destination does not exist.",
@@ -34,7 +34,7 @@ constexpr doubt_entry doubts[] = {
 }  // namespace
 
 const doubt_entry* find_doubt(std::string_view name) {
-    auto found = std::find_if(std::begin(doubts), std::end(doubts),
+    auto found = std::find_if(std::begin(doubt_entries), std::end(doubt_entries),
                               [name](const doubt_entry& entry) { return entry.name == name; });
-    return found != std::end(doubts) ? found : nullptr;
+    return found != std::end(doubt_entries) ? found : nullptr;
 }

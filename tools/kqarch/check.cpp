@@ -278,7 +278,7 @@ std::vector<std::string> without_repetition(const std::vector<std::string>& dire
 }
 
 // The verdict of one directory, and what --strict makes of it.
-std::string line_of(const verdict& given, bool strict) {
+std::string verdict_line(const verdict& given, bool strict) {
     std::string line = given.directory + ": " + verdict_text(given);
     if (!strict || given.warnings == 0 || given.result != outcome::would_start) return line;
     return line + "; --strict refuses " + count_of(given.warnings, "warning");
@@ -298,7 +298,7 @@ exit_status run_check(const check_options& options, output& out) {
     if (options.quiet) out.set_quiet();
     for (const std::string& directory : without_repetition(options.directories)) {
         verdict given = checker(options, directory, out).run();
-        line = line_of(given, options.strict);
+        line = verdict_line(given, options.strict);
         bool faulty = given.errors + given.warnings > 0;
         if (!options.quiet || faulty) out.print_heading(visible(line));
         documents.push_back(as_document(given));

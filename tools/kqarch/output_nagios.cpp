@@ -28,7 +28,7 @@ std::string worst_finding(const account& said) {
 }
 
 // The performance data begins at "|", and some monitors take "\n" for the start of a line.
-std::string one_line(std::string_view text) {
+std::string plugin_text(std::string_view text) {
     std::string escaped;
     for (char letter : text)
         escaped += letter == '|' ? "\\x7c" : letter == '\\' ? "\\x5c" : std::string(1, letter);
@@ -53,7 +53,8 @@ std::string nagios_line(const account& said, exit_status status) {
     std::string finding = worst_finding(said);
     bool both = !said.headline.empty() && !finding.empty();
     return std::string("KQARCH ") + state_names[state_of(said, status)] + " - " +
-           one_line(said.headline + (both ? "; " : "") + finding) + performance_data(said) + "\n";
+           plugin_text(said.headline + (both ? "; " : "") + finding) + performance_data(said) +
+           "\n";
 }
 
 }  // namespace

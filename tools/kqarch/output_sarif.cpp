@@ -13,15 +13,16 @@ using json = nlohmann::ordered_json;
 struct rule_text {
     std::string id;
     std::string meaning;
+    std::string cause;
     std::string help;
 };
 
 rule_text rule_of(const diagnostic& found) {
     if (const code_entry* entry = find_code(found.code))
-        return {entry->name, entry->meaning, std::string(entry->cause) + " " + entry->remedy};
+        return {entry->name, entry->meaning, entry->cause, entry->remedy};
     if (const doubt_entry* entry = find_doubt(found.rule))
-        return {std::string(entry->name), entry->meaning, entry->remedy};
-    return {"other", "Something else is wrong.", "The message says what."};
+        return {std::string(entry->name), entry->meaning, entry->meaning, entry->remedy};
+    return {"other", "Something else is wrong.", "None of the other rules.", "See the message."};
 }
 
 json as_text_object(const std::string& text) {
@@ -31,6 +32,7 @@ json as_text_object(const std::string& text) {
 json as_rule(const rule_text& rule) {
     return {{"id", rule.id},
             {"shortDescription", as_text_object(rule.meaning)},
+            {"fullDescription", as_text_object(rule.cause)},
             {"help", as_text_object(rule.help)}};
 }
 
