@@ -70,11 +70,10 @@ std::string without_passwords(const std::string& text, int count, char** words) 
     for (int i = 1; i < count; ++i) {
         std::string word = words[i];
         size_t value = word.find('=') + 1;
+        std::string given = word.substr(value);
         bool is_dest = upper_case(word.substr(0, value)).find("DEST") != word.npos;
-        bool is_path = value == 0 && (word.starts_with('/') || word.starts_with('.'));
-        passwords.learn(word.substr(value), is_dest || (value == 0 && !is_path)
-                                                ? text_place::subscriber
-                                                : text_place::other);
+        bool is_path = given.starts_with('/') || given.starts_with('.');
+        passwords.learn(given, is_dest || !is_path ? text_place::subscriber : text_place::other);
     }
     return passwords.hide(text);
 }
