@@ -1,7 +1,6 @@
 // os_file_copy: the copy is made under a name of its own beside the target and takes its place in
 // one step, so that nobody ever sees a part of it.
 #include <sys/random.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -53,8 +52,27 @@ bool copy_contents(int source, int target) {
     }
 }
 
-bool write_copy(int source, unique_fd& target, mode_t mode) {
-    return copy_contents(source, target.get()) && fchmod(target.get(), mode) == 0 &&
+// In another group, the source's mode for its group and for the others is about neither: both get
+// what it gives to both.
+mode_t mode_in_other_group(mode_t mode) {
+    mode_t both = mode >> 3 & mode & 07;
+    return (mode & 0700) | both << 3 | both;
+}
+
+// The owner and the group where this process may give them, and only then the mode: a copy is never
+// readable by more than its source.
+bool take_rights(const struct stat& source, int target) {
+    (void)!fchown(target, static_cast<uid_t>(-1), source.st_gid);
+    (void)!fchown(target, source.st_uid, static_cast<gid_t>(-1));
+    struct stat made;
+    if (fstat(target, &made) != 0) return false;
+    mode_t mode = source.st_mode & (made.st_uid == source.st_uid ? 07777 : 0777);
+    if (made.st_gid != source.st_gid) mode = mode_in_other_group(mode);
+    return fchmod(target, mode) == 0;
+}
+
+bool write_copy(int source, const struct stat& status, unique_fd& target) {
+    return copy_contents(source, target.get()) && take_rights(status, target.get()) &&
            sync_file(target.get()) && close_file(target.release());
 }
 
@@ -80,8 +98,8 @@ bool put_in_place(int directory, const schar* made, const schar* name) {
 }
 
 bool copy_file(const schar* source, const schar* target, bool replace) {
-    mode_t mode = 0;
-    unique_fd from = open_regular_file(source, nullptr, &mode);
+    struct stat status;
+    unique_fd from = open_regular_file(source, status);
     std::string parent(parent_of(target));
     std::string name(std::string_view(target).substr(std::string_view(target).rfind('/') + 1));
     if (!from || name.empty()) return false;
@@ -90,7 +108,7 @@ bool copy_file(const schar* source, const schar* target, bool replace) {
     if (!directory) return false;
     private_name made(directory.get());
     unique_fd to = create_file(directory.get(), made.text());
-    if (!to || !write_copy(from.get(), to, mode)) return false;
+    if (!to || !write_copy(from.get(), status, to)) return false;
     auto put = replace ? put_in_place : put_in_free_place;
     return put(directory.get(), made.text(), name.c_str());
 }

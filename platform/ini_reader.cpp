@@ -41,9 +41,10 @@ bool grow(file_text& text, std::size_t capacity) {
 
 // Reads until the end is seen, whatever size the file was said to have when it was opened.
 kqcode_t read_whole(const schar* path, file_text& text) {
-    std::size_t size = 0;
-    unique_fd file = open_regular_file(path, &size, nullptr);
+    struct stat status;
+    unique_fd file = open_regular_file(path, status);
     if (!file) return ARCH_E_FILE_OPEN;
+    const std::size_t size = static_cast<std::size_t>(status.st_size);
     if (!grow(text, size + 1)) return ARCH_E_OUT_OF_MEMORY;
     for (;;) {
         if (text.size == text.capacity && !grow(text, 2 * text.capacity)) {

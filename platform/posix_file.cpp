@@ -1,6 +1,5 @@
 #include "posix_file.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -66,14 +65,11 @@ bool is_directory(const schar* path) {
     return stat(path, &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-unique_fd open_regular_file(const schar* path, std::size_t* size, mode_t* mode) {
+unique_fd open_regular_file(const schar* path, struct stat& status) {
     if (fault_here(fault_point::file_open, EMFILE)) return unique_fd();
     unique_fd file(carry_on_when_interrupted(
         [=] { return own_open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
-    struct stat status;
     if (!file || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return unique_fd();
-    if (size != nullptr) *size = static_cast<std::size_t>(status.st_size);
-    if (mode != nullptr) *mode = status.st_mode & 07777;
     return file;
 }
 

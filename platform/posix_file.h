@@ -3,6 +3,7 @@
 #pragma once
 
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include <cstddef>
 #include <string>
@@ -38,9 +39,9 @@ std::string_view parent_of(std::string_view path);
 
 bool is_directory(const schar* path);
 
-// Opens a regular file for reading, with its size and mode where `size` and `mode` are given.
-// Anything else, a pipe that nobody writes above all, is refused without waiting for it.
-unique_fd open_regular_file(const schar* path, std::size_t* size, mode_t* mode);
+// Opens a regular file for reading, and says what it is. Anything else, a pipe that nobody writes
+// above all, is refused without waiting for it.
+unique_fd open_regular_file(const schar* path, struct stat& status);
 
 unique_fd open_directory(const schar* path);
 
