@@ -21,6 +21,7 @@
 #include "hints.h"
 #include "instance.h"
 #include "journal.h"
+#include "owner.h"
 #include "private_file.h"
 #include "raft_danger.h"
 #include "scratch.h"
@@ -242,6 +243,8 @@ class changer {
         tell_start();
         if (start_.code >= 0) {
             out_.print("The server would start with the result.\n");
+            for (const diagnostic& doubt : doubts_of_user(instance_))
+                warn(doubt);
             return std::nullopt;
         }
         diagnostic found = no_start("the server would not start with the result: ");
@@ -351,6 +354,9 @@ class changer {
     captured carry_out() {
         startup again = start_up(file_);
         if (change_.rewrites && !again.loads) return {again.code, again.decisive().text};
+        std::set<std::string> may_be_made = directories_of(facts_);
+        may_be_made.insert(instance_.config_file());
+        handed_over to_owner(instance_.directory(), may_be_made);
         return apply();
     }
 

@@ -14,6 +14,7 @@
 #include "instance.h"
 #include "loading.h"
 #include "osfile.h"
+#include "owner.h"
 #include "settings.h"
 #include "text.h"
 
@@ -91,10 +92,13 @@ class checker {
         }
         seen_ = true;
         std::vector<diagnostic> refused = load(file_);
-        if (!refused.empty()) return refuse(refused, refused.front().code);
+        if (!refused.empty()) {
+            refuse(refused, refused.front().code);
+            return report(doubts_of_mode(file_));
+        }
         check_rules();
         report(doubts_of_lines(file_));
-        report(doubts_of_rights(instance_));
+        report(doubts_of_user(instance_));
     }
 
     bool check_absent_config() {
@@ -116,6 +120,10 @@ class checker {
     void check_rules() {
         std::vector<missing_directory> missing = missing_directories();
         std::vector<diagnostic> doubts = doubts_of_registry(instance_, file_);
+        std::set<std::string> may_be_made;
+        for (const missing_directory& one : missing)
+            may_be_made.insert(one.path);
+        handed_over to_owner(instance_.directory(), may_be_made);
         validation result = validate(file_, options_.rules);
         if (result.code < 0) refuse(result.failures, result.code);
         for (const missing_directory& one : missing)

@@ -151,13 +151,6 @@ void tell_waiting(const configuration_facts& before, const configuration_facts& 
             told.push_back("The server waits until " + name + " has applied what it was sent.");
 }
 
-std::set<std::string> directories_of(const configuration_facts& facts) {
-    std::set<std::string> paths;
-    for (const auto& [section, destination] : facts.destinations)
-        if (!destination.directory.empty()) paths.insert(destination.directory);
-    return paths;
-}
-
 void tell_directories(const configuration_facts& before, const configuration_facts& after,
                       sentences& told) {
     std::set<std::string> was = directories_of(before);
@@ -183,6 +176,13 @@ configuration_facts facts_of_registry() {
         facts.destinations.emplace(hide_password(visible(arch->name), text_place::other),
                                    facts_of(*arch));
     return facts;
+}
+
+std::set<std::string> directories_of(const configuration_facts& facts) {
+    std::set<std::string> paths;
+    for (const auto& [section, destination] : facts.destinations)
+        if (!destination.directory.empty()) paths.insert(destination.directory);
+    return paths;
 }
 
 std::vector<std::string> consequences(const configuration_facts& before,

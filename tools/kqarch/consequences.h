@@ -3,6 +3,7 @@
 #define KQARCH_CONSEQUENCES_H
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,9 @@ struct configuration_facts {
     std::map<std::string, destination_facts> destinations = {};  // by section
     std::vector<setting> globals = {};
 };
+
+// Where it archives to.
+std::set<std::string> directories_of(const configuration_facts& facts);
 
 configuration_facts facts_of_registry() KQ_EXCLUDES(arch_cfg_sys.mutex);
 

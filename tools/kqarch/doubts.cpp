@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
 #include <utility>
@@ -62,8 +63,8 @@ diagnostic doubt_of_path(const arch_cfg_t& arch, const config_file& file) {
     std::string whole = std::filesystem::absolute(arch.dest, error);
     bool quoted = arch.dest[0] == '"' || arch.dest[0] == '\'';
     const char* key = directory_key(arch);
-    diagnostic doubt = warning_at(
-        "relative-directory", file.path(), file.key_line(arch.name, key),
+    diagnostic doubt = warning_at("relative-directory", 
+        file.path(), file.key_line(arch.name, key),
         file.passwords().hide(std::string(key) + " " + arch.dest +
                               " is relative to the directory that the server is started in; from "
                               "here it is " +
@@ -77,8 +78,8 @@ diagnostic doubt_of_path(const arch_cfg_t& arch, const config_file& file) {
 
 diagnostic doubt_of_twin(const arch_cfg_t& arch, const arch_cfg_t& twin, const config_file& file) {
     const char* key = directory_key(arch);
-    diagnostic doubt = warning_at(
-        "same-directory", file.path(), file.key_line(arch.name, key),
+    diagnostic doubt = warning_at("same-directory", 
+        file.path(), file.key_line(arch.name, key),
         file.passwords().hide(std::string(key) + " " + arch.dest + " is the same directory as " +
                               twin.dest + " of section [" + twin.name + "]"),
         "Give each destination a directory of its own.");
@@ -101,28 +102,44 @@ std::vector<diagnostic> doubts_of_twins(const config_file& file) KQ_REQUIRES(arc
     return doubts;
 }
 
+bool names_subscriber(const config_file& file) {
+    return std::any_of(file.lines().begin(), file.lines().end(), [](const config_line& line) {
+        return line.kind == KQ_INI_KEY && same_text(line.key, "ARCH_TYPE") &&
+               arch_cfg_get_arch_type_by_name(line.value.c_str()) == ARCH_TYPE_SUBSCRIBE;
+    });
+}
+
 }  // namespace
 
-std::vector<diagnostic> doubts_of_rights(const instance& open) {
-    std::vector<diagnostic> doubts;
+std::vector<diagnostic> doubts_of_user(const instance& open) {
     struct stat status {};
-    std::string path = open.config_file();
-    bool exists = stat(path.c_str(), &status) == 0;
-    if (exists && status.st_uid != 0 && (status.st_mode & S_IWUSR) == 0)
-        doubts.push_back(warning_at("not-writable", path, 0, "may not be written by its owner",
-                                    "Let the server's user write it: online changes fail."));
-    if (!exists) path = open.file("kq.ini");
-    if (!exists && stat(path.c_str(), &status) != 0) return doubts;
-    if (status.st_uid == geteuid()) return doubts;
+    std::string path = open.config_missing() ? open.file("kq.ini") : open.config_file();
+    if (stat(path.c_str(), &status) != 0 || status.st_uid == geteuid()) return {};
     std::string owner = name_or_number(status.st_uid);
-    doubts.push_back(warning_at("other-user", path, 0,
-                                "belongs to " + owner +
-                                    ", but files and directories were tested with the "
-                                    "rights of " +
-                                    name_or_number(geteuid()),
-                                "If the server runs as " + owner +
-                                    ", check as that user: `sudo -u " + shell_word(owner) +
-                                    " kqarch check " + shell_word(open.directory()) + "`."));
+    return {warning_at("other-user", 
+        path, 0,
+        "belongs to " + owner + ", but files and directories were tested with the rights of " +
+            name_or_number(geteuid()),
+        "If the server runs as " + owner + ", check as that user: `sudo -u " + shell_word(owner) +
+            " kqarch check " + shell_word(open.directory()) + "`.")};
+}
+
+std::vector<diagnostic> doubts_of_mode(const config_file& file) {
+    struct stat status {};
+    if (stat(file.path().c_str(), &status) != 0) return {};
+    auto may = [&](mode_t rights) { return (status.st_mode & rights) != 0; };
+    std::string remedy = "`chmod 600 " + shell_word(file.path()) + "`";
+    std::vector<diagnostic> doubts;
+    if (status.st_uid != 0 && !may(S_IWUSR))
+        doubts.push_back(warning_at("not-writable", file.path(), 0, "may not be written by its owner",
+                                    "Let the server's user write it: online changes fail."));
+    if (may(S_IWGRP | S_IWOTH))
+        doubts.push_back(warning_at("writable-by-others", file.path(), 0, "others than its owner may write it",
+                                    "Who writes it says where archives go: " + remedy + "."));
+    if (may(S_IRGRP | S_IROTH) && names_subscriber(file))
+        doubts.push_back(warning_at("readable-by-others", 
+            file.path(), 0, "names a subscriber, and others than its owner may read it",
+            "They may read the subscriber's password: " + remedy + ", and its backups likewise."));
     return doubts;
 }
 
@@ -135,8 +152,8 @@ std::vector<diagnostic> doubts_of_lines(const config_file& file) {
         ulint& before = seen[{home_of(line, *entry), entry}];
         if (before != 0) {
             std::string key = entry->name;
-            doubts.push_back(warning_at(
-                "key-twice", file.path(), line.number,
+            doubts.push_back(warning_at("key-twice", 
+                file.path(), line.number,
                 key + " stands already at line " + std::to_string(before) + "; this one counts",
                 "Remove one of the two lines."));
             doubts.back().section = file.passwords().hide(line.section);
@@ -158,5 +175,7 @@ std::vector<diagnostic> doubts_of_registry(const instance& open, const config_fi
     for (const arch_cfg_t* arch = arch_cfg_sys.arch_lst.start; arch; arch = arch->link.next)
         if (has_directory(arch->type) && is_relative(arch->dest))
             doubts.push_back(doubt_of_path(*arch, file));
+    for (diagnostic& doubt : doubts_of_mode(file))
+        doubts.push_back(std::move(doubt));
     return doubts;
 }

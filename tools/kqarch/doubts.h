@@ -8,15 +8,17 @@
 #include "instance.h"
 #include "output.h"
 
-// The check ran with other rights than the owner of the instance's files has, or the server could
-// not write what it reads.
-std::vector<diagnostic> doubts_of_rights(const instance& open);
+// What was tested was tested with other rights than the owner of the instance's files has.
+std::vector<diagnostic> doubts_of_user(const instance& open);
+
+// Who may read and write kqarch.ini: too few, when its owner may not write it, or too many.
+std::vector<diagnostic> doubts_of_mode(const config_file& file);
 
 // Keys that stand twice, of which the last counts.
 std::vector<diagnostic> doubts_of_lines(const config_file& file);
 
 // Of what was loaded: directories that depend on where the server is started, or are another's under
-// another name; nothing to archive to.
+// another name; nothing to archive to. And of the file's mode.
 std::vector<diagnostic> doubts_of_registry(const instance& open, const config_file& file)
     KQ_EXCLUDES(arch_cfg_sys.mutex);
 

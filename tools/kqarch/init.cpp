@@ -9,10 +9,12 @@
 #include <cstring>
 #include <filesystem>
 #include <optional>
+#include <set>
 
 #include "held_signals.h"
 #include "init_plan.h"
 #include "kqtype.h"
+#include "owner.h"
 #include "text.h"
 #include "utl.h"
 
@@ -58,7 +60,7 @@ class initialiser {
     initialiser(const init_options& options, output& out) : options_(options), out_(out) {}
 
     exit_status run() {
-        std::optional<failure> failed = make();
+        std::optional<failure> failed = make_for_owner();
         if (!failed) return tell();
         for (auto path = made_.rbegin(); path != made_.rend(); ++path)
             std::remove(path->c_str());
@@ -66,15 +68,33 @@ class initialiser {
     }
 
   private:
-    std::optional<failure> make() {
+    std::optional<failure> make_for_owner() {
         std::error_code error;
         root_ = fs::weakly_canonical(fs::absolute(options_.directory, error), error);
         if (error) return could_not(options_.directory, error.value());
         while (root_.size() > 1 && root_.back() == '/')
             root_.pop_back();
         if (std::optional<failure> bad = why_unfit()) return bad;
-        if (std::optional<failure> failed = make_directory(root_)) return failed;
         plan_ = plan_init(options_.kind, root_ == "/" ? "" : root_);
+        std::set<std::string> planned;
+        for (const std::string& directory : plan_.directories)
+            planned.insert(root_ + "/" + directory);
+        for (const planned_file& file : plan_.files)
+            planned.insert(root_ + "/" + file.path);
+        handed_over to_owner(nearest_directory(), planned);
+        return make();
+    }
+
+    // Whose owner gets what is made.
+    std::string nearest_directory() const {
+        fs::path nearest = root_;
+        while (!fs::exists(nearest))
+            nearest = nearest.parent_path();
+        return nearest;
+    }
+
+    std::optional<failure> make() {
+        if (std::optional<failure> failed = make_directory(root_)) return failed;
         for (const std::string& directory : plan_.directories)
             if (mkdir((root_ + "/" + directory).c_str(), 0750) == 0)
                 made_.push_back(root_ + "/" + directory);

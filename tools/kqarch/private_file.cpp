@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <utility>
 
+#include "owner.h"
+
 namespace {
 
 constexpr int flags = O_RDWR | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
@@ -16,13 +18,6 @@ bool is_regular(int file) {
     if (fstat(file, &status) != 0) return false;
     errno = EINVAL;
     return S_ISREG(status.st_mode);
-}
-
-// Only what was made here changes hands.
-void give_to_owner_of(const std::string& directory, int made) {
-    struct stat status {};
-    if (geteuid() == 0 && stat(directory.c_str(), &status) == 0)
-        (void)!fchown(made, status.st_uid, status.st_gid);
 }
 
 }  // namespace
@@ -43,7 +38,7 @@ open_file open_private(const std::string& directory, const std::string& name) {
     std::string path = directory + "/" + name;
     open_file made(open(path.c_str(), flags | O_CREAT | O_EXCL, 0600));
     if (made) {
-        give_to_owner_of(directory, made.get());
+        instance_owner(directory).take_over(made.get());
         return made;
     }
     if (errno != EEXIST) return made;

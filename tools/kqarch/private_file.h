@@ -19,8 +19,8 @@ class open_file {
     int descriptor_;
 };
 
-// Opens a regular file for appending, never through a symbolic link; creates it with mode 0600 and,
-// where root does, with the owner of the directory, so that the server's user can go on with it.
+// Opens a regular file for appending, never through a symbolic link; creates it with mode 0600,
+// for the owner of the instance in the directory.
 // Not open, with errno, when that is impossible.
 open_file open_private(const std::string& directory, const std::string& name);
 
