@@ -88,8 +88,14 @@ kqcode_t rewrite_config_file(std::string_view text) {
 }  // namespace
 
 void config_file(file_path& path) {
-    (void)std::snprintf(path, sizeof path, "%s%s%s", global_ini_info.config_path, separator(),
-                        "kqarch.ini");
+    std::size_t length = 0;
+    for (const std::string_view part :
+         {text_in(global_ini_info.config_path), std::string_view(separator()),
+          std::string_view("kqarch.ini")}) {
+        copy_characters(path + length, part);
+        length += part.size();
+    }
+    path[length] = '\0';
 }
 
 void backup_file(file_path& path, ulint64 lsn) {

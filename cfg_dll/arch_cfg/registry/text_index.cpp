@@ -3,6 +3,7 @@
 #include <time.h>
 
 #include <bit>
+#include <utility>
 
 #include "common/folded_text.h"
 #include "os.h"
@@ -39,52 +40,57 @@ text_index::~text_index() {
 }
 
 void text_index::free_slots() {
-    if (slots_.data() != own_slots_.data()) os_free(slots_.data());
+    if (fingerprints_ != own_fingerprints_.data()) os_free(fingerprints_);
 }
 
-// The text as a polynomial, with seven characters a coefficient, at the key; and its kind, which no
-// two texts share that are the same otherwise.
+// The text as a polynomial, with seven characters a coefficient, at the key; then its kind, never 0.
 ulint64 text_index::fingerprint(text_kind kind, std::string_view text) const {
     ulint64 sum = text.size();
     for (; text.size() > step; text.remove_prefix(step))
         sum = product(sum + (fold_word(word_at(text.data())) & step_mask), key_);
-    return product(sum + fold_word(head_of(text)), key_) << 1 | static_cast<ulint64>(kind);
+    return product(sum + fold_word(head_of(text)), key_) << 2 | static_cast<ulint64>(kind);
 }
 
 std::size_t text_index::place_of(ulint64 fingerprint) const {
-    return fingerprint * 0x9e3779b97f4a7c15 >> (64 - std::countr_zero(slots_.size()));
+    return fingerprint * 0x9e3779b97f4a7c15 >> (64 - std::countr_zero(size_));
 }
 
 bool text_index::contains(text_kind kind, std::string_view text) const {
     const ulint64 sought = fingerprint(kind, text);
-    for (std::size_t at = place_of(sought); slots_[at].text != nullptr; at = next(at))
-        if (slots_[at].fingerprint == sought && same_text(slots_[at].text, text)) return true;
+    for (std::size_t at = place_of(sought); fingerprints_[at] != 0; at = next(at))
+        if (fingerprints_[at] == sought && same_text(texts_[at], text)) return true;
     return false;
 }
 
-void text_index::put(const slot& entry) {
-    std::size_t at = place_of(entry.fingerprint);
-    while (slots_[at].text != nullptr)
+void text_index::put(ulint64 fingerprint, const schar* text) {
+    std::size_t at = place_of(fingerprint);
+    while (fingerprints_[at] != 0)
         at = next(at);
-    slots_[at] = entry;
+    fingerprints_[at] = fingerprint;
+    texts_[at] = text;
 }
 
+// One block holds both: the fingerprints, cleared, and behind them the texts.
 bool text_index::grow() {
-    const std::span<slot> old = slots_;
-    auto* larger = static_cast<slot*>(os_malloc(2 * old.size_bytes()));
-    if (larger == nullptr) return false;
-    slots_ = {larger, 2 * old.size()};
-    std::memset(larger, 0, slots_.size_bytes());
-    for (const slot& entry : old)
-        if (entry.text != nullptr) put(entry);
-    if (old.data() != own_slots_.data()) os_free(old.data());
+    const std::size_t larger = 2 * size_;
+    auto* block =
+        static_cast<ulint64*>(os_malloc(larger * (sizeof *fingerprints_ + sizeof *texts_)));
+    if (block == nullptr) return false;
+    ulint64* const fingerprints = std::exchange(fingerprints_, block);
+    const schar** const texts =
+        std::exchange(texts_, reinterpret_cast<const schar**>(block + larger));
+    const std::size_t size = std::exchange(size_, larger);
+    std::memset(block, 0, larger * sizeof *block);
+    for (std::size_t at = 0; at < size; ++at)
+        if (fingerprints[at] != 0) put(fingerprints[at], texts[at]);
+    if (fingerprints != own_fingerprints_.data()) os_free(fingerprints);
     return true;
 }
 
 void text_index::add(text_kind kind, std::string_view text, const schar* kept) {
-    is_complete_ = is_complete_ && (4 * used_ < 3 * slots_.size() || grow());
+    is_complete_ = is_complete_ && (4 * used_ < 3 * size_ || grow());
     if (!is_complete_) return;
-    put({fingerprint(kind, text), kept});
+    put(fingerprint(kind, text), kept);
     ++used_;
 }
 

@@ -3,7 +3,6 @@
 #define ARCH_REGISTRY_TEXT_INDEX_H
 
 #include <array>
-#include <span>
 #include <string_view>
 
 #include "kqtype.h"
@@ -11,11 +10,11 @@
 namespace arch {
 
 // What a text is added as: a search finds only those of its own kind.
-enum class text_kind : byte { section, destination };
+enum class text_kind : byte { section = 1, destination };
 
-// A hash table, of which a registry that start-up accepts needs hardly more than the slots inside
-// it. What a text hashes to depends on a key that who wrote the text cannot know, so that no file
-// makes the searches slow.
+// A hash table, of which a registry that start-up accepts needs no more than the slots inside it;
+// most of them stay free, so that a search seldom looks at a second one. What a text hashes to
+// depends on a key that who wrote the text cannot know, so that no file makes the searches slow.
 class text_index {
   public:
     text_index();
@@ -33,20 +32,21 @@ class text_index {
     bool contains(text_kind kind, std::string_view text) const;
 
   private:
-    struct slot {
-        ulint64 fingerprint;
-        const schar* text;  // null: free
-    };
-
     ulint64 fingerprint(text_kind kind, std::string_view text) const;
     std::size_t place_of(ulint64 fingerprint) const;
-    std::size_t next(std::size_t at) const { return (at + 1) & (slots_.size() - 1); }
-    void put(const slot& entry);
+    std::size_t next(std::size_t at) const { return (at + 1) & (size_ - 1); }
+    void put(ulint64 fingerprint, const schar* text);
     bool grow();
     void free_slots();
 
-    std::array<slot, 256> own_slots_{};
-    std::span<slot> slots_ = own_slots_;
+    static constexpr std::size_t own_size = 512;
+    std::array<ulint64, own_size> own_fingerprints_{};
+    std::array<const schar*, own_size> own_texts_;
+
+    // Of each slot the fingerprint, 0 while it is free, and apart, as it is not cleared, the text.
+    ulint64* fingerprints_ = own_fingerprints_.data();
+    const schar** texts_ = own_texts_.data();
+    std::size_t size_ = own_size;
     std::size_t used_ = 0;
     ulint64 key_;
     bool is_complete_ = true;
