@@ -43,7 +43,8 @@ void text_index::free_slots() {
     if (fingerprints_ != own_fingerprints_.data()) os_free(fingerprints_);
 }
 
-// The text as a polynomial, with seven characters a coefficient, at the key; then its kind, never 0.
+// The text as a polynomial, with seven characters a coefficient, at the key; and its kind, so that
+// it is never 0.
 ulint64 text_index::fingerprint(text_kind kind, std::string_view text) const {
     ulint64 sum = text.size();
     for (; text.size() > step; text.remove_prefix(step))
