@@ -171,11 +171,13 @@ constexpr auto first_of_length = [] {
     return first;
 }();
 
+// The keyword is not empty.
 const keyword_row* find_keyword(std::string_view keyword) {
     const std::size_t length = keyword.size();
     if (length > longest_keyword) return nullptr;
+    const schar first = fold(keyword.front());
     for (const keyword_row& row : std::span(first_of_length[length], first_of_length[length + 1]))
-        if (same_characters(row.keyword, keyword)) return &row;
+        if (row.keyword.front() == first && same_characters(row.keyword, keyword)) return &row;
     return nullptr;
 }
 
