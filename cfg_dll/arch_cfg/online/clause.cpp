@@ -163,13 +163,17 @@ static_assert(std::ranges::is_sorted(keywords, {}, length_of));
 
 constexpr std::size_t longest_keyword = length_of(*std::rbegin(keywords));
 
-// The rows of keywords of a length begin here, and end where those of the next begin.
-constexpr auto first_of_length = [] {
-    std::array<const keyword_row*, longest_keyword + 2> first{};
-    for (std::size_t length = 0; length < first.size(); ++length)
+using length_rows = std::array<const keyword_row*, longest_keyword + 2>;
+
+constexpr length_rows find_length_rows() {
+    length_rows first{};
+    for (std::size_t length = 0; length != first.size(); ++length)
         first[length] = std::ranges::lower_bound(keywords, length, {}, length_of);
     return first;
-}();
+}
+
+// The rows of keywords of a length begin here, and end where those of the next begin.
+constexpr length_rows first_of_length = find_length_rows();
 
 // The keyword is not empty.
 const keyword_row* find_keyword(std::string_view keyword) {
