@@ -10,6 +10,8 @@ function(arch_cfg_target_options target)
   target_compile_definitions(${target} PRIVATE _GNU_SOURCE)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wformat=2 -Wconversion
+    # No folder of the machine that built it stands in what is installed.
+    -fdebug-prefix-map=${PROJECT_SOURCE_DIR}=. -fmacro-prefix-map=${PROJECT_SOURCE_DIR}=.
     $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>
     $<$<BOOL:${ARCH_CFG_WERROR}>:-Werror>)
   if(ARCH_CFG_HARDEN)
