@@ -24,11 +24,11 @@ bool section_exists(const arch_cfg_sys_t& registry, std::string_view name) {
 bool destination_exists(const arch_cfg_sys_t& registry, std::string_view text,
                         const arch_cfg_t* except) {
     const reading_index* index = reading_index::of(registry);
-    const arch_cfg_t* current = index != nullptr ? index->current_section() : nullptr;
     // The index cannot leave out an earlier section.
-    if (index == nullptr || (except != nullptr && except != current))
+    if (index == nullptr || index->is_earlier(except))
         return find_destination(registry, text.data(), except) != nullptr;
-    return index->has_earlier_destination(text) || (except == nullptr && current != nullptr &&
+    const arch_cfg_t* current = index->current_section();
+    return index->has_earlier_destination(text) || (except != current && current != nullptr &&
                                                     answers_to(*current, folded_text(text.data())));
 }
 

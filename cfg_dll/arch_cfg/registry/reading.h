@@ -35,10 +35,13 @@ class reading_index {
 
     // A record, or none, is about to change: any but the current section's would change unseen.
     // One that is not in the list is none of the index's.
-    void change(const arch_cfg_t* arch) {
+    void change(const arch_cfg_t* arch) { gave_up_ = gave_up_ || is_earlier(arch); }
+
+    // Whether a record is in the list, and not the current section's.
+    bool is_earlier(const arch_cfg_t* arch) const {
         const bool is_listed =
             arch != nullptr && (arch->link.prev != nullptr || arch == arch_cfg_sys.arch_lst.start);
-        gave_up_ = gave_up_ || (is_listed && arch != current_section_);
+        return is_listed && arch != current_section_;
     }
 
     bool has_section(std::string_view name) const {
