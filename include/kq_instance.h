@@ -36,6 +36,10 @@ typedef kqcode_t (*kq_ini_line_fn)(const kq_ini_line_t* line, void* context);
  * memory, else 0. A bad line is handed over like any other. Prints nothing. */
 kqcode_t kq_ini_walk(const schar* path, kq_ini_line_fn each, void* context);
 
+/* The same for a text of `size` characters in memory, with room for a terminator behind it; it is
+ * changed in place. */
+kqcode_t kq_ini_walk_text(schar* text, ulint64 size, kq_ini_line_fn each, void* context);
+
 /* Hands what stands in kqarch.ini to arch_cfg_create and arch_cfg_add_value; may not throw. */
 typedef kqcode_t (*kq_arch_reader_fn)(void* context);
 

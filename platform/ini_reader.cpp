@@ -130,10 +130,10 @@ bool parse_line(span piece, kq_ini_line_t& line, bad_line& bad) {
     return true;
 }
 
-kqcode_t walk_lines(file_text& text, kq_ini_line_fn each, void* context) {
-    char* next = text.data.get();
-    char* end = next + text.size;
-    if (text.size >= 3 && std::memcmp(next, "\xef\xbb\xbf", 3) == 0) next += 3;
+kqcode_t walk_lines(span text, kq_ini_line_fn each, void* context) {
+    char* next = text.begin;
+    char* end = text.end;
+    if (text.size() >= 3 && std::memcmp(next, "\xef\xbb\xbf", 3) == 0) next += 3;
     char* nul = span{next, end}.find_or_end('\0');
     kq_ini_line_t line{};
     bad_line bad;
@@ -198,7 +198,11 @@ kqcode_t kq_ini_walk(const schar* path, kq_ini_line_fn each, void* context) {
     if (real == nullptr) return ARCH_E_FILE_OPEN;
     file_text text;
     kqcode_t code = read_whole(real, text);
-    return code < 0 ? code : walk_lines(text, each, context);
+    return code < 0 ? code : kq_ini_walk_text(text.data.get(), text.size, each, context);
+}
+
+kqcode_t kq_ini_walk_text(schar* text, ulint64 size, kq_ini_line_fn each, void* context) {
+    return walk_lines({text, text + size}, each, context);
 }
 
 kqcode_t ini_read_other_info_for_posix(const schar* path, ulint which) {

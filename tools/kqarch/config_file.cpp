@@ -1,7 +1,8 @@
 #include "config_file.h"
 
+#include <algorithm>
+
 #include "arch_cfg.h"
-#include "capture.h"
 #include "settings.h"
 #include "text.h"
 
@@ -21,11 +22,13 @@ kqcode_t config_file::parse(std::string text, std::string path) {
     return read_lines();
 }
 
-// The layer reads files only; this one nobody can change meanwhile.
 kqcode_t config_file::read_lines() {
-    memory_file copy;
-    copy.fill(text());
-    kqcode_t code = kq_ini_walk(copy.path().c_str(), append, this);
+    // Most files have fewer lines; one of blank lines must not take room for each.
+    constexpr ptrdiff_t usual_lines = 500;
+    lines_.reserve(static_cast<size_t>(
+        std::min(usual_lines, std::count(text().begin(), text().end(), '\n') + 1)));
+    std::string copy = text();
+    kqcode_t code = kq_ini_walk_text(copy.data(), copy.size(), append, this);
     if (code < 0) lines_.clear();
     learn_passwords();
     return code;
