@@ -63,8 +63,8 @@ diagnostic doubt_of_path(const arch_cfg_t& arch, const config_file& file) {
     std::string whole = std::filesystem::absolute(arch.dest, error);
     bool quoted = arch.dest[0] == '"' || arch.dest[0] == '\'';
     const char* key = directory_key(arch);
-    diagnostic doubt = warning_at("relative-directory", 
-        file.path(), file.key_line(arch.name, key),
+    diagnostic doubt = warning_at(
+        "relative-directory", file.path(), file.key_line(arch.name, key),
         file.passwords().hide(std::string(key) + " " + arch.dest +
                               " is relative to the directory that the server is started in; from "
                               "here it is " +
@@ -78,8 +78,8 @@ diagnostic doubt_of_path(const arch_cfg_t& arch, const config_file& file) {
 
 diagnostic doubt_of_twin(const arch_cfg_t& arch, const arch_cfg_t& twin, const config_file& file) {
     const char* key = directory_key(arch);
-    diagnostic doubt = warning_at("same-directory", 
-        file.path(), file.key_line(arch.name, key),
+    diagnostic doubt = warning_at(
+        "same-directory", file.path(), file.key_line(arch.name, key),
         file.passwords().hide(std::string(key) + " " + arch.dest + " is the same directory as " +
                               twin.dest + " of section [" + twin.name + "]"),
         "Give each destination a directory of its own.");
@@ -116,8 +116,8 @@ std::vector<diagnostic> doubts_of_user(const instance& open) {
     std::string path = open.config_missing() ? open.file("kq.ini") : open.config_file();
     if (stat(path.c_str(), &status) != 0 || status.st_uid == geteuid()) return {};
     std::string owner = name_or_number(status.st_uid);
-    return {warning_at("other-user", 
-        path, 0,
+    return {warning_at(
+        "other-user", path, 0,
         "belongs to " + owner + ", but files and directories were tested with the rights of " +
             name_or_number(geteuid()),
         "If the server runs as " + owner + ", check as that user: `sudo -u " + shell_word(owner) +
@@ -131,14 +131,17 @@ std::vector<diagnostic> doubts_of_mode(const config_file& file) {
     std::string remedy = "`chmod 600 " + shell_word(file.path()) + "`";
     std::vector<diagnostic> doubts;
     if (status.st_uid != 0 && !may(S_IWUSR))
-        doubts.push_back(warning_at("not-writable", file.path(), 0, "may not be written by its owner",
+        doubts.push_back(warning_at("not-writable", file.path(), 0,
+                                    "may not be written by its owner",
                                     "Let the server's user write it: online changes fail."));
     if (may(S_IWGRP | S_IWOTH))
-        doubts.push_back(warning_at("writable-by-others", file.path(), 0, "others than its owner may write it",
+        doubts.push_back(warning_at("writable-by-others", file.path(), 0,
+                                    "others than its owner may write it",
                                     "Who writes it says where archives go: " + remedy + "."));
     if (may(S_IRGRP | S_IROTH) && names_subscriber(file))
-        doubts.push_back(warning_at("readable-by-others", 
-            file.path(), 0, "names a subscriber, and others than its owner may read it",
+        doubts.push_back(warning_at(
+            "readable-by-others", file.path(), 0,
+            "names a subscriber, and others than its owner may read it",
             "They may read the subscriber's password: " + remedy + ", and its backups likewise."));
     return doubts;
 }
@@ -152,8 +155,8 @@ std::vector<diagnostic> doubts_of_lines(const config_file& file) {
         ulint& before = seen[{home_of(line, *entry), entry}];
         if (before != 0) {
             std::string key = entry->name;
-            doubts.push_back(warning_at("key-twice", 
-                file.path(), line.number,
+            doubts.push_back(warning_at(
+                "key-twice", file.path(), line.number,
                 key + " stands already at line " + std::to_string(before) + "; this one counts",
                 "Remove one of the two lines."));
             doubts.back().section = file.passwords().hide(line.section);
