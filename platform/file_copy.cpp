@@ -59,16 +59,19 @@ mode_t mode_in_other_group(mode_t mode) {
     return (mode & 0700) | both << 3 | both;
 }
 
-// The owner and the group where this process may give them, and only then the mode: a copy is never
-// readable by more than its source.
+// The group where this process may give it, then the mode, and the owner at last: who has given a
+// file away may not be allowed to change its mode. A copy is never readable by more than its source.
 bool take_rights(const struct stat& source, int target) {
     (void)!fchown(target, static_cast<uid_t>(-1), source.st_gid);
-    (void)!fchown(target, source.st_uid, static_cast<gid_t>(-1));
     struct stat made;
     if (fstat(target, &made) != 0) return false;
-    mode_t mode = source.st_mode & (made.st_uid == source.st_uid ? 07777 : 0777);
+    mode_t mode = source.st_mode & 07777;
     if (made.st_gid != source.st_gid) mode = mode_in_other_group(mode);
-    return fchmod(target, mode) == 0;
+    if (fchmod(target, mode & 0777) != 0) return false;
+    const bool is_owners = fchown(target, source.st_uid, static_cast<gid_t>(-1)) == 0;
+    // Giving it away took these bits from it.
+    if (is_owners && (mode & 07000) != 0) (void)!fchmod(target, mode);
+    return true;
 }
 
 bool write_copy(int source, const struct stat& status, unique_fd& target) {

@@ -1,6 +1,7 @@
 // Texts without a locale: ASCII letters are folded, every other byte stands for itself.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -17,7 +18,9 @@ constexpr bool is_control(char c) {
     return static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
 }
 
-// The first eight characters of a text, or all of a shorter one: pieces that may overlap.
+// The first eight characters of a text, or all of a shorter one: pieces that may overlap, which asks
+// for the first character in the lowest byte.
+static_assert(std::endian::native == std::endian::little);
 inline std::uint64_t first_word(std::string_view text) {
     const auto piece_at = [&](auto piece, std::size_t at) -> std::uint64_t {
         std::memcpy(&piece, text.data() + at, sizeof(piece));

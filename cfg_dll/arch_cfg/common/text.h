@@ -12,7 +12,9 @@
 
 namespace arch {
 
-// In the order of the machine: x86-64 has the first character in the lowest byte.
+// In the order of the machine. What looks at several characters of a word relies on the first one
+// being in the lowest byte.
+static_assert(std::endian::native == std::endian::little);
 template <typename Word = ulint64>
 Word word_at(const schar* text) {
     Word word;
@@ -81,15 +83,6 @@ void copy_text(schar (&field)[Size], std::string_view text) {
 // so that two servers never disagree about a name.
 inline schar fold(schar c) {
     return c >= 'a' && c <= 'z' ? static_cast<schar>(c - 'a' + 'A') : c;
-}
-
-// Copies a text that the field takes, in upper case, and terminates it.
-template <std::size_t Size>
-void copy_upper_case(schar (&field)[Size], std::string_view text) {
-    schar* to = field;
-    for (const schar c : text)
-        *to++ = fold(c);
-    *to = '\0';
 }
 
 inline bool is_control(schar c) {

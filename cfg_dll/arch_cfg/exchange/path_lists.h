@@ -2,6 +2,9 @@
 #ifndef ARCH_EXCHANGE_PATH_LISTS_H
 #define ARCH_EXCHANGE_PATH_LISTS_H
 
+#include <cstddef>
+#include <type_traits>
+
 #include "arch_cfg.h"
 #include "common/text.h"
 
@@ -37,6 +40,7 @@ struct path_entry {
 };
 
 // The entry of a node of a list of such entries.
+static_assert(std::is_standard_layout_v<path_entry> && offsetof(path_entry, node) == 0);
 inline const path_entry& entry_of(const kq_lst_node_t& node) {
     return reinterpret_cast<const path_entry&>(node);
 }

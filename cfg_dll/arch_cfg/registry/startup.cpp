@@ -50,7 +50,7 @@ kqcode_t arch_cfg_sys_init_with_check(const schar* path_in, kqbool timer_chk, kq
     file_path path;
     if (const kqcode_t code = choose_file(path_in, path); code < 0) return code;
 
-    const reading_index index;
+    reading_index index;
     if (const kqcode_t code = ini_read_other_info_for_posix(path, INI_READ_ARCH); code < 0) {
         arch_cfg_sys_destroy();
         return code;

@@ -55,7 +55,7 @@ kqcode_t store_instances(const arch_cfg_sys_t& registry, arch_cfg_t& arch, const
         const kqcode_t code = check_name(registry, arch, {name, piece.size()});
         if (code < 0) return code;
         if (count == ARCH_INST_MAX) return ARCH_E_TOO_MANY_INSTS;
-        copy_upper_case(arch.dest_insts[count++], {name, piece.size()});
+        copy_text(arch.dest_insts[count++], {kq_strupr(name), piece.size()});
     }
     arch.n_inst = count;
     if (count > 1 && arch.type == ARCH_TYPE_SYNC) return ARCH_E_TOO_MANY_INSTS;
