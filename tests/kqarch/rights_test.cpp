@@ -52,6 +52,10 @@ constexpr owner_row owner_rows[] = {
     {"rm db/kqarch.ini && kqarch add db 'TYPE=LOCAL, DEST={dir}/one' --yes", "db/kqarch.ini one",
      "65533:65532"},
     {"rmdir db/arch && kqarch check --probe db", "db/arch", "65533:65532"},
+    // What the server's user could not make in root's directory is not given to him.
+    {"mkdir -m 755 old && sed -i 's|^ARCH_DEST *=.*|ARCH_DEST = {dir}/old/x|' db/kqarch.ini && "
+     "kqarch check --probe db",
+     "old/x", "0:0"},
     {"chown 0:0 db && kqarch backup db", "db/kqarch_bak_1.log db/.kqarch.lock", "65533:65532"},
     {"kqarch backup db && echo >>db/kqarch.ini && kqarch restore db 1 --yes",
      "db/kqarch.ini db/kqarch_bak_2.log", "65533:65532"},

@@ -356,7 +356,7 @@ class changer {
         if (change_.rewrites && !again.loads) return {again.code, again.decisive().text};
         std::set<std::string> may_be_made = directories_of(facts_);
         may_be_made.insert(instance_.config_file());
-        handed_over to_owner(instance_.directory(), may_be_made);
+        handed_over to_owner(instance_.directory(), may_be_made, handed_over::named_by::root);
         return apply();
     }
 

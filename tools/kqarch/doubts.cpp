@@ -114,7 +114,13 @@ bool names_subscriber(const config_file& file) {
 std::vector<diagnostic> doubts_of_user(const instance& open) {
     struct stat status {};
     std::string path = open.config_missing() ? open.file("kq.ini") : open.config_file();
-    if (stat(path.c_str(), &status) != 0 || status.st_uid == geteuid()) return {};
+    if (stat(path.c_str(), &status) != 0) return {};
+    if (status.st_uid == geteuid()) {
+        // A file that root left in the server's directory.
+        path = open.directory();
+        if (stat(path.c_str(), &status) != 0 || status.st_uid == geteuid() || status.st_uid == 0)
+            return {};
+    }
     std::string owner = name_or_number(status.st_uid);
     return {warning_at(
         "other-user", path, 0,

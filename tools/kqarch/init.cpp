@@ -81,7 +81,7 @@ class initialiser {
             planned.insert(root_ + "/" + directory);
         for (const planned_file& file : plan_.files)
             planned.insert(root_ + "/" + file.path);
-        handed_over to_owner(nearest_directory(), planned);
+        handed_over to_owner(nearest_directory(), planned, handed_over::named_by::root);
         return make();
     }
 

@@ -14,6 +14,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// Each holds a descriptor. A configuration with more than 8 LOCAL and 8 REMOTE destinations is
+// refused before a directory is made.
+constexpr size_t most_watched = 256;
+
 bool is_root() {
     return geteuid() == 0;
 }
@@ -37,12 +41,22 @@ instance_owner::instance_owner(const std::string& directory) {
     group_ = status.st_gid;
 }
 
+// A directory's access list is not asked: then root's is less generous than it may be.
+bool instance_owner::may_make_in(int directory) const {
+    struct stat status {};
+    if (!known_ || fstat(directory, &status) != 0) return false;
+    if (status.st_uid == user_) return true;
+    return (status.st_mode & S_IWOTH) != 0 ||
+           (status.st_gid == group_ && (status.st_mode & S_IWGRP) != 0);
+}
+
 void instance_owner::take_over(int made) const {
     if (is_root() && known_) (void)!fchown(made, user_, group_);
 }
 
-handed_over::handed_over(const std::string& instance_directory, const std::set<std::string>& paths)
-    : owner_(instance_directory) {
+handed_over::handed_over(const std::string& instance_directory, const std::set<std::string>& paths,
+                         named_by who)
+    : owner_(instance_directory), who_(who) {
     if (!is_root()) return;
     for (const std::string& path : paths)
         if (!os_file_path_is_asm(path.c_str()) && !os_file_path_is_dfs(path.c_str()))
@@ -63,6 +77,7 @@ void handed_over::watch_all_of(const std::string& path) {
 }
 
 void handed_over::watch(const std::string& path) {
+    if (absent_.size() == most_watched) return;
     std::error_code error;
     fs::path above = fs::weakly_canonical(path, error);
     absent_path absent;
@@ -74,7 +89,9 @@ void handed_over::watch(const std::string& path) {
     if (error || absent.names.empty()) return;
     std::reverse(absent.names.begin(), absent.names.end());
     absent.above = open_file(open(above.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    absent_.push_back(std::move(absent));
+    // Nobody gets through root what he asked for himself and could not have made.
+    bool may_be_his = who_ == named_by::root || owner_.may_make_in(absent.above.get());
+    if (absent.above && may_be_his) absent_.push_back(std::move(absent));
 }
 
 // From the directory that was there, name by name: what has been handed over may already be moved.

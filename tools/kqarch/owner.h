@@ -15,6 +15,9 @@ class instance_owner {
   public:
     explicit instance_owner(const std::string& directory);
 
+    // Whether the owner may make something in a directory that is open.
+    bool may_make_in(int directory) const;
+
     // Gives away what was just made and is open. Only root may, and nobody else has to.
     void take_over(int made) const;
 
@@ -29,7 +32,11 @@ class instance_owner {
 // that were made on the way there.
 class handed_over {
   public:
-    handed_over(const std::string& instance_directory, const std::set<std::string>& paths);
+    // Who named the paths: root, or the instance's files, where the owner writes what he likes.
+    enum class named_by { root, owner };
+
+    handed_over(const std::string& instance_directory, const std::set<std::string>& paths,
+                named_by who);
     ~handed_over();
     handed_over(const handed_over&) = delete;
     handed_over& operator=(const handed_over&) = delete;
@@ -45,6 +52,7 @@ class handed_over {
     void hand_over(const absent_path& path) const;
 
     instance_owner owner_;
+    named_by who_;
     std::vector<absent_path> absent_;
 };
 
