@@ -292,7 +292,7 @@ std::string verdict_line(const verdict& given, bool strict) {
     return line + "; --strict refuses " + count_of(given.warnings, "warning");
 }
 
-exit_status status_of(const summary& all, bool strict) {
+exit_status exit_status_of(const summary& all, bool strict) {
     if (all.failed > 0) return exit_failed;
     return all.refused > 0 || (strict && all.warnings > 0) ? exit_refused : exit_good;
 }
@@ -317,5 +317,5 @@ exit_status run_check(const check_options& options, output& out) {
     out.set("directories", documents);
     out.set("summary", as_document(all));
     out.set_headline(many ? summary_text(all) : line);
-    return status_of(all, options.strict);
+    return exit_status_of(all, options.strict);
 }
