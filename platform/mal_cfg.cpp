@@ -50,7 +50,10 @@ void publish(mal_registry&& read) {
 
 class mal_reader : public config_reader {
   public:
-    using config_reader::config_reader;
+    explicit mal_reader(const std::string& path) : config_reader(path) {
+        constexpr std::size_t usual_instances = 100;
+        read_registry.instances.reserve(usual_instances);
+    }
     mal_registry read_registry;
 
   private:

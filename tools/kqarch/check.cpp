@@ -309,11 +309,12 @@ exit_status run_check(const check_options& options, output& out) {
         line = verdict_line(given, options.strict);
         bool faulty = given.errors + given.warnings > 0;
         if (!options.quiet || faulty) out.print_heading(visible(line));
-        documents.push_back(as_document(given));
+        if (!out.as_text()) documents.push_back(as_document(given));
         add(all, given);
     }
     bool many = all.directories() > 1;
     if (many && !options.quiet) out.print_heading(summary_text(all));
+    if (out.as_text()) return exit_status_of(all, options.strict);
     out.set("directories", documents);
     out.set("summary", as_document(all));
     out.set_headline(many ? summary_text(all) : line);
