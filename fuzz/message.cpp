@@ -10,8 +10,8 @@
 
 #include <cstdint>
 
+#include "peer_model.h"
 #include "support/instance.h"
-#include "support/peer_model.h"
 #include "watched_block.h"
 
 using namespace test_support;

@@ -12,6 +12,7 @@
 #include "module/led_calls.h"
 #include "support/capture.h"
 #include "support/online.h"
+#include "support/scenario.h"
 
 namespace {
 
@@ -232,43 +233,24 @@ const call calls[] = {
 
 // ---- What it is called on ----
 
-// A section of each number from `first` to `last`; {} is the number.
-std::string sections(int first, int last, const std::string& type, const std::string& keys) {
-    std::string text;
-    for (int i = first; i <= last; i++) {
-        std::string section =
-            "[" + type + "{}]\nARCH_TYPE = " + type + "\nARCH_DEST = " + keys + "\n";
-        for (size_t at; (at = section.find("{}")) != std::string::npos;)
-            section.replace(at, 2, std::to_string(i));
-        text += section;
-    }
-    return text;
-}
-
-std::string member(const std::string& name, const std::string& number) {
-    return name + "{}\nARCH_DEST_IP = h\nARCH_DEST_PORT = " + number +
-           "{}\nARCH_DEST_ID = " + number + "{}";
-}
-
-std::map<std::string, std::string> registries() {
-    std::string one = sections(1, 1, "LOCAL", "local/{}");
-    std::string timed = "INST{}\nARCH_TIMER_NAME = T1";
-    return {
-        {"one directory", one},
-        {"directories", sections(1, 7, "LOCAL", "local/{}")},
-        {"standbys", one + sections(1, 7, "REALTIME", "INST{}") + sections(8, 10, "ASYNC", timed)},
-        {"other standbys", one + sections(1, 3, "TIMELY", "INST{}") +
-                               sections(4, 6, "SYNC", "INST{}") + sections(7, 7, "ASYNC", timed)},
-        {"a cluster", "ARCH_LOCAL_SHARE = 1\n" + one +
-                          sections(2, 6, "REMOTE", "INST{}\nARCH_INCOMING_PATH = remote/{}")},
-        {"a Raft group",
-         "RAFT_SELF_ID = 98\nRAFT_HB_INTERVAL = 5\nRAFT_VOTE_INTERVAL = 10\n"
-         "XMAL_HB_INTERVAL = 5\nXMAL_IP = me\nXMAL_PORT = 98\n" +
-             one + sections(1, 4, "RAFT", member("R", "1")) +
-             sections(1, 3, "LEARNER", member("E", "2"))},
-        {"a subscriber", one + sections(1, 1, "SUBSCRIBE", "u/p@localhost\nARCH_TIMER_NAME = T1")},
-    };
-}
+const std::map<std::string, std::string> registries = {
+    {"one directory", "[L1] LOCAL local/1\n"},
+    {"directories", "repeat 1 7 [L{i}] LOCAL local/{i}\n"},
+    {"standbys",
+     "[L1] LOCAL local/1\nrepeat 1 7 [R{i}] REALTIME INST{i}\nrepeat 8 10 [A{i}] ASYNC INST{i} "
+     "T1\n"},
+    {"other standbys",
+     "[L1] LOCAL local/1\nrepeat 1 3 [T{i}] TIMELY INST{i}\nrepeat 4 6 [S{i}] SYNC INST{i}\n"
+     "[A7] ASYNC INST7 T1\n"},
+    {"a cluster",
+     "ARCH_LOCAL_SHARE = 1\n[L1] LOCAL local/1\nrepeat 2 6 [M{i}] REMOTE INST{i} remote/{i}\n"},
+    {"a Raft group",
+     "RAFT_SELF_ID = 98\nRAFT_HB_INTERVAL = 5\nRAFT_VOTE_INTERVAL = 10\nXMAL_HB_INTERVAL = 5\n"
+     "XMAL_IP = me\nXMAL_PORT = 98\n[L1] LOCAL local/1\n"
+     "repeat 1 4 [R{i}] RAFT R{i} ARCH_DEST_IP=h ARCH_DEST_PORT=1{i} ARCH_DEST_ID=1{i}\n"
+     "repeat 1 3 [E{i}] LEARNER E{i} ARCH_DEST_IP=h ARCH_DEST_PORT=2{i} ARCH_DEST_ID=2{i}\n"},
+    {"a subscriber", "[L1] LOCAL local/1\n[B1] SUBSCRIBE u/p@localhost T1\n"},
+};
 
 const char* const points[] = {"os_malloc",   "mem_malloc_ex", "file_open",  "file_read",
                               "file_write",  "file_sync",     "file_close", "file_create",
@@ -330,7 +312,7 @@ class fault_sweep : public testing::Test {
 
     void begin() {
         write_file("kqarch_bak_5.log", "older");
-        write_file("large.ini", sections(1, 100, "LOCAL", "local/{}"));
+        write_file("large.ini", expand_input("repeat 1 100 [L{i}] LOCAL local/{i}\n"));
         std::filesystem::remove("kqarch_bak_1.log");
         remove_directories();
         ASSERT_EQ(start_from(text), 0);
@@ -403,8 +385,8 @@ class fault_sweep : public testing::Test {
 
 TEST_F(fault_sweep, leaves_the_old_state_or_the_new_one) {
     descriptor_capture quiet(STDERR_FILENO);
-    for (const auto& [name, content] : registries()) {
-        text = content;
+    for (const auto& [name, sections] : registries) {
+        text = expand_input(sections);
         for (const call& each : calls) {
             if (each.registry_of != nullptr && name != each.registry_of) continue;
             SCOPED_TRACE(name + ", " + each.name);

@@ -6,6 +6,7 @@
 #include <os.h>
 #include <osmutex.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <functional>
@@ -33,18 +34,25 @@ bool misuse_is_reported() {
 #endif
 }
 
-TEST(mutex, reports_a_second_lock_and_a_strange_unlock) {
+TEST(mutex, reports_misuse_and_is_refused_once_freed) {
     if (misuse_is_reported()) GTEST_SKIP();
     os_mutex_t mutex;
-    os_mutex2_create(&mutex);
-    os_mutex2_set_level(&mutex, 4294967245u);
-    EXPECT_EQ(mutex.owner, 4294967295u);
-    EXPECT_EQ(unlock(mutex), EPERM);
-    EXPECT_EQ(lock(mutex), 0);
-    EXPECT_EQ(lock(mutex), EDEADLK);
-    std::thread([&] { EXPECT_EQ(unlock(mutex), EPERM); }).join();
-    EXPECT_EQ(unlock(mutex), 0);
+    std::memset(static_cast<void*>(&mutex), 0, sizeof mutex);
     os_mutex2_free(&mutex);
+    EXPECT_EQ(lock(mutex), EINVAL) << "it was never created";
+    for (int round = 0; round < 2; ++round) {
+        os_mutex2_create(&mutex);
+        os_mutex2_set_level(&mutex, 4294967245u);
+        EXPECT_EQ(mutex.owner, 4294967295u);
+        EXPECT_EQ(unlock(mutex), EPERM);
+        EXPECT_EQ(lock(mutex), 0);
+        EXPECT_EQ(lock(mutex), EDEADLK);
+        std::thread([&] { EXPECT_EQ(unlock(mutex), EPERM); }).join();
+        EXPECT_EQ(unlock(mutex), 0);
+        os_mutex2_free(&mutex);
+        os_mutex2_free(&mutex);
+        EXPECT_EQ(lock(mutex), EINVAL);
+    }
 }
 
 TEST(mutex, survives_its_holder) {
@@ -59,61 +67,42 @@ TEST(mutex, survives_its_holder) {
     os_mutex2_free(&mutex);
 }
 
-TEST(mutex, may_be_freed_twice_and_is_then_refused) {
-    if (misuse_is_reported()) GTEST_SKIP();
-    os_mutex_t mutex;
-    os_mutex2_create(&mutex);
-    os_mutex2_free(&mutex);
-    os_mutex2_free(&mutex);
-    EXPECT_EQ(lock(mutex), EINVAL);
-    os_mutex2_create(&mutex);
-    EXPECT_EQ(lock(mutex), 0);
-    EXPECT_EQ(unlock(mutex), 0);
-    os_mutex2_free(&mutex);
-    os_mutex_t never_created;
-    std::memset(static_cast<void*>(&never_created), 0, sizeof never_created);
-    os_mutex2_free(&never_created);
-    EXPECT_EQ(lock(never_created), EINVAL);
-}
-
 TEST(interlocked, access_has_the_width_of_the_field) {
-    struct {
-        usint before = 0xffff;
-        usint field = 0;
-        usint after = 0xffff;
-    } fields;
-    os_interlock_write(&fields.field, 0x1234);
-    EXPECT_EQ(os_interlock_read(&fields.field), 0x1234);
-    EXPECT_EQ(fields.before & fields.after, 0xffff);
+    usint fields[] = {0xffff, 0, 0xffff};
+    os_interlock_write(&fields[1], 0x1234);
+    EXPECT_EQ(os_interlock_read(&fields[1]), 0x1234);
+    EXPECT_EQ(fields[0] & fields[2], 0xffff);
 }
 
 TEST(halting, prints_and_aborts) {
     EXPECT_DEATH(kq_sys_halt("stopped: 5%", -1), "stopped: 5%");
 }
 
+void* take(kqenv_t env, ulint64 size) {
+    return mem_malloc_ex(env, size, __FILE__, __LINE__);
+}
+
 TEST(pool, counts_blocks_and_keeps_its_limit_to_the_byte) {
     kqenv_t env = mem_env_create(100);
-    void* first = mem_malloc_ex(env, 60, __FILE__, __LINE__);
-    void* second = mem_malloc_ex(env, 40, __FILE__, __LINE__);
-    ASSERT_NE(first, nullptr);
-    ASSERT_NE(second, nullptr);
+    void *first = take(env, 60), *second = take(env, 40);
+    ASSERT_TRUE(first != nullptr && second != nullptr);
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(second) % alignof(std::max_align_t), 0u);
     std::memset(first, 1, 60);
-    EXPECT_EQ(mem_malloc_ex(env, 1, __FILE__, __LINE__), nullptr);
-    EXPECT_EQ(mem_malloc_ex(env, ~0ull, __FILE__, __LINE__), nullptr);
+    for (ulint64 size : {ulint64{1}, ~ulint64{0}})
+        EXPECT_EQ(take(env, size), nullptr);
     mem_free(env, first);
     mem_free(env, nullptr);
-    EXPECT_EQ(mem_malloc_ex(env, 61, __FILE__, __LINE__), nullptr);
-    EXPECT_NE(mem_malloc_ex(env, 60, __FILE__, __LINE__), nullptr);
+    EXPECT_EQ(take(env, 61), nullptr);
+    EXPECT_NE(take(env, 60), nullptr);
     EXPECT_EQ(mem_env_destroy(env), 2u);
     EXPECT_EQ(mem_env_destroy(nullptr), 0u);
-    EXPECT_EQ(mem_malloc_ex(nullptr, 1, __FILE__, __LINE__), nullptr);
+    EXPECT_EQ(take(nullptr, 1), nullptr);
     env = mem_env_create(0);
     kq_fault_arm("mem_malloc_ex", 1, 0);
-    EXPECT_EQ(mem_malloc_ex(env, 1, __FILE__, __LINE__), nullptr);
+    EXPECT_EQ(take(env, 1), nullptr);
     kq_fault_disarm();
-    EXPECT_EQ(mem_malloc_ex(env, ~0ull, __FILE__, __LINE__), nullptr);
-    void* block = mem_malloc_ex(env, 1000000, __FILE__, __LINE__);
+    EXPECT_EQ(take(env, ~ulint64{0}), nullptr);
+    void* block = take(env, 1000000);
     EXPECT_NE(block, nullptr);
     mem_free(env, block);
     EXPECT_EQ(mem_env_destroy(env), 0u);
@@ -121,15 +110,15 @@ TEST(pool, counts_blocks_and_keeps_its_limit_to_the_byte) {
 
 TEST(pool, hands_out_again_only_what_is_as_large) {
     kqenv_t env = mem_env_create(1024);
-    void* given_back = mem_malloc_ex(env, 100, __FILE__, __LINE__);
+    void* given_back = take(env, 100);
     mem_free(env, given_back);
     for (ulint64 size : {96u, 99u, 101u, 111u, 512u, 513u}) {
-        void* block = mem_malloc_ex(env, size, __FILE__, __LINE__);
+        void* block = take(env, size);
         EXPECT_NE(block, given_back) << size;
         std::memset(block, 1, size);
         mem_free(env, block);
     }
-    void* all = mem_malloc_ex(env, 1024, __FILE__, __LINE__);
+    void* all = take(env, 1024);
     EXPECT_NE(all, nullptr);
     mem_free(env, all);
     EXPECT_EQ(mem_env_destroy(env), 0u);
@@ -147,8 +136,8 @@ TEST(pool, is_shared_by_threads) {
     kqenv_t env = mem_env_create(1 << 20);
     by_four_threads([env] {
         for (int round = 0; round < 1000; ++round)
-            mem_free(env, mem_malloc_ex(env, 100, __FILE__, __LINE__));
-        mem_malloc_ex(env, 100, __FILE__, __LINE__);
+            mem_free(env, take(env, 100));
+        take(env, 100);
     });
     EXPECT_EQ(mem_env_destroy(env), 4u);
 }
@@ -165,22 +154,22 @@ std::string failing_allocations() {
 }
 
 TEST(faults, hit_the_calls_that_were_armed) {
-    struct {
+    const struct {
         const char* what;
         ulint nth;
         kqbool for_good;
-        const char* expected;
-        ulint hits;
+        std::string expected;
     } cases[] = {
-        {"os_malloc", 1, 0, "x....", 1},     {"os_malloc", 3, 0, "..x..", 1},
-        {"os_malloc", 3, 1, "..xxx", 3},     {"any", 5, 1, "....x", 1},
-        {"mem_malloc_ex", 1, 1, ".....", 0}, {"os_malloc", 6, 1, ".....", 0},
+        {"os_malloc", 1, 0, "x...."},     {"os_malloc", 3, 0, "..x.."},
+        {"os_malloc", 3, 1, "..xxx"},     {"any", 5, 1, "....x"},
+        {"mem_malloc_ex", 1, 1, "....."}, {"os_malloc", 6, 1, "....."},
     };
-    for (const auto& each : cases) {
-        kq_fault_arm(each.what, each.nth, each.for_good);
-        EXPECT_EQ(failing_allocations(), each.expected) << each.what << each.nth;
+    for (const auto& [what, nth, for_good, expected] : cases) {
+        kq_fault_arm(what, nth, for_good);
+        EXPECT_EQ(failing_allocations(), expected) << what << nth;
         kq_fault_disarm();
-        EXPECT_EQ(kq_fault_hits(), each.hits) << each.what << each.nth;
+        EXPECT_EQ(kq_fault_hits(), std::count(expected.begin(), expected.end(), 'x'))
+            << what << nth;
         EXPECT_EQ(failing_allocations(), ".....");
     }
 }

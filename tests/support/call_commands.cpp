@@ -70,21 +70,16 @@ std::string set_dest(const context& call) {
     return record_of(call, 0)->dest;
 }
 
+// What a writer of a section, or of the settings, appends.
 template <auto Writer>
-std::string append_section(const context& call) {
+std::string appended(const context& call) {
     static schar text[ARCH_CFG_TEXT_SIZE];
     strcpy(text, file_header);
     arch_cfg_hold lock;
-    Writer(text, nullptr, record_of(call, 0));
-    return folded(text);
-}
-
-template <auto Writer>
-std::string append_settings(const context&) {
-    static schar text[ARCH_CFG_TEXT_SIZE];
-    strcpy(text, file_header);
-    arch_cfg_hold lock;
-    Writer(text, nullptr);
+    if constexpr (std::is_invocable_v<decltype(Writer), schar*, schar*>)
+        Writer(text, nullptr);
+    else
+        Writer(text, nullptr, record_of(call, 0));
     return folded(text);
 }
 
@@ -151,11 +146,11 @@ const command_table& call_commands() {
         BOUND_LOCKED(arch_cfg_update_raft_info),
         BOUND_LOCKED(arch_cfg_find_dest_id_by_name),
         BOUND_LOCKED(mal_cfg_inst_check_in_arch),
-        {"arch_cfg_write_global_ini", append_settings<arch_cfg_write_global_ini>},
-        {"arch_cfg_write_all_local_ini", append_settings<arch_cfg_write_all_local_ini>},
-        {"arch_cfg_write_local_ini", append_section<arch_cfg_write_local_ini>},
-        {"arch_cfg_write_raft_ini", append_section<arch_cfg_write_raft_ini>},
-        {"arch_cfg_write_subscribe_ini", append_section<arch_cfg_write_subscribe_ini>},
+        {"arch_cfg_write_global_ini", appended<arch_cfg_write_global_ini>},
+        {"arch_cfg_write_all_local_ini", appended<arch_cfg_write_all_local_ini>},
+        {"arch_cfg_write_local_ini", appended<arch_cfg_write_local_ini>},
+        {"arch_cfg_write_raft_ini", appended<arch_cfg_write_raft_ini>},
+        {"arch_cfg_write_subscribe_ini", appended<arch_cfg_write_subscribe_ini>},
         {"arch_cfg_name_pre", name_prefix},
         {"arch_cfg_get_arch_arr_by_type", destinations_of_type},
         {"arch_cfg_set_dest", set_dest},

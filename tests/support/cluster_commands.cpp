@@ -4,14 +4,15 @@
 #include <ini.h>
 #include <kq_instance.h>
 
+#include <cctype>
 #include <cstring>
 #include <memory>
-#include <stdexcept>
+#include <regex>
+#include <sstream>
 #include <utility>
 
 #include "support/binding.h"
 #include "support/fields.h"
-#include "support/wire_text.h"
 
 namespace test_support {
 
@@ -37,6 +38,64 @@ class pool {
 
 std::string text_or_null(const void* text) {
     return text ? "\"" + std::string(static_cast<const schar*>(text)) + "\"" : "null";
+}
+
+bool is_plain(byte value) {
+    return isalnum(value) || (value != 0 && strchr("/._-", value) != nullptr);
+}
+
+void append(std::vector<byte>& bytes, const std::string& text) {
+    bytes.insert(bytes.end(), text.begin(), text.end());
+}
+
+void append_with_length(std::vector<byte>& bytes, const std::string& text) {
+    bytes.push_back(static_cast<byte>(text.size()));
+    bytes.push_back(static_cast<byte>(text.size() >> 8));
+    append(bytes, text);
+}
+
+// Bytes of a message as text, such as 05 00 "/arch" 01 00 "A": letters, digits and "/._-" stand in
+// double quotes, any other byte as two hexadecimal digits.
+std::string wire_text(const byte* bytes, size_t size) {
+    static const char digits[] = "0123456789ABCDEF";
+    std::string text;
+    for (size_t at = 0; at < size;) {
+        if (at > 0) text += ' ';
+        size_t end = at;
+        while (end < size && is_plain(bytes[end]))
+            end++;
+        if (end > at) {
+            text += "\"" + std::string(bytes + at, bytes + end) + "\"";
+            at = end;
+        } else {
+            text += digits[bytes[at] >> 4];
+            text += digits[bytes[at++] & 15];
+        }
+    }
+    return text;
+}
+
+// The bytes of a text in that form, in which a line "entry PATH NAME" or "entry PATH" also stands
+// for an entry with its lengths.
+std::vector<byte> wire_bytes(const std::string& text) {
+    static const std::regex word(R"RE("([^"]*)"|(\S+))RE");
+    std::vector<byte> bytes;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        bool entry = line.rfind("entry ", 0) == 0;
+        if (entry) line.erase(0, 6);
+        for (std::sregex_iterator at(line.begin(), line.end(), word), end; at != end; ++at) {
+            bool quoted = (*at)[1].matched;
+            std::string each = quoted ? (*at)[1] : (*at)[2];
+            if (entry)
+                append_with_length(bytes, each);
+            else if (quoted)
+                append(bytes, each);
+            else
+                bytes.push_back(static_cast<byte>(std::stoul(each, nullptr, 16)));
+        }
+    }
+    return bytes;
 }
 
 // arch_cfg_info_encode INST_CHECK [off=N] [buf_len=N], into a block of exactly the size that was
@@ -77,14 +136,11 @@ std::string compare(const context& call) {
     for (const auto& each : record_fields())
         each.set(first, "77");
     arch_cfg_t second = first;
-    for (const std::string& each : call.arguments) {
-        size_t equals = each.find('=');
-        std::string name = each.substr(0, equals), value = each.substr(equals + 1);
-        if (name == "name")
-            strcpy(second.name, value.c_str());
-        else if (!set_field(record_fields(), second, name, value))
-            throw std::runtime_error("no field " + name);
-    }
+    for (const std::string& each : call.arguments)
+        if (each.rfind("name=", 0) == 0)
+            strcpy(second.name, each.c_str() + 5);
+        else
+            set_field(record_fields(), second, each);
     kqbool result = arch_cfg_cmp(&first, &second);
     bool symmetric = result == arch_cfg_cmp(&second, &first);
     return std::to_string(result) + (symmetric ? "" : " but the other way round it is not");

@@ -4,6 +4,7 @@
 
 #include <arch_cfg.h>
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -32,16 +33,15 @@ std::string differences(const std::vector<field<Record>>& fields, const Record& 
     return text;
 }
 
-// Sets a field; false when there is none of that name.
+// Sets a field from "NAME=value".
 template <class Record>
-bool set_field(const std::vector<field<Record>>& fields, Record& record, const std::string& name,
-               const std::string& value) {
-    for (const field<Record>& each : fields) {
-        if (each.name != name) continue;
-        each.set(record, value);
-        return true;
-    }
-    return false;
+void set_field(const std::vector<field<Record>>& fields, Record& record,
+               const std::string& assignment) {
+    size_t equals = assignment.find('=');
+    for (const field<Record>& each : fields)
+        if (each.name == assignment.substr(0, equals))
+            return each.set(record, assignment.substr(equals + 1));
+    throw std::runtime_error("no field " + assignment);
 }
 
 }  // namespace test_support

@@ -22,6 +22,13 @@ std::string code_text(kqcode_t code) {
     return std::to_string(code);
 }
 
+std::string mode_text(const fs::path& path) {
+    char text[8];
+    snprintf(text, sizeof text, "%04o",
+             static_cast<unsigned>(fs::symlink_status(path).permissions()));
+    return text;
+}
+
 // The registry as start-up would have it: what is never written back is not there, the voters are
 // those of the list, and the first LOCAL record hangs.
 static std::string as_read_back() {
@@ -98,10 +105,7 @@ std::string exists(const command_context& context) {
     if (fs::is_directory(path))
         return "directory of " + std::to_string(std::distance(fs::directory_iterator(path),
                                                               fs::directory_iterator()));
-    char mode[8];
-    snprintf(mode, sizeof mode, "%04o", static_cast<unsigned>(fs::status(path).permissions()));
-    return "file, mode " + std::string(mode) + ", " + std::to_string(fs::file_size(path)) +
-           " bytes";
+    return "file, mode " + mode_text(path) + ", " + std::to_string(fs::file_size(path)) + " bytes";
 }
 
 // instance KEY=VALUE... writes kq.ini and opens the instance.
@@ -156,13 +160,7 @@ std::string fault(const command_context& context) {
 }
 
 kqcode_t start_up(const command_context& context, ulint valid_chk = 1) {
-    const std::string* path = nullptr;
-    std::string given;
-    for (const std::string& each : context.arguments) {
-        if (each.rfind("path=", 0) != 0) continue;
-        given = each.substr(5);
-        path = &given;
-    }
+    std::optional<std::string> path = context.option("path");
     context.shown.clear();
     arch_cfg_sys_destroy();
     return arch_cfg_sys_init_with_check(

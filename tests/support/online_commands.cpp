@@ -17,33 +17,17 @@ namespace {
 
 using context = command_context;
 
-// The value of an argument "NAME=value", or null where there is none or the value is null.
-struct optional_text {
-    bool given = false;
-    bool is_null = false;
-    std::string text;
-    schar* data() { return is_null ? nullptr : text.data(); }
-};
-
-optional_text option_text(const context& call, const std::string& name) {
-    for (const std::string& each : call.arguments) {
-        if (each.rfind(name + "=", 0) != 0) continue;
-        std::string value = each.substr(name.size() + 1);
-        return {true, value == "null", value};
-    }
-    return {};
+schar* data_of(std::string& text) {
+    return text == "null" ? nullptr : text.data();
 }
 
-// Sets the fields that the arguments from `first` on name; those of the command itself stay out.
-void set_fields(const context& call, size_t first, arch_cfg_t& record) {
+// Sets the fields that the arguments from the third on name; those of the command itself stay out.
+void set_fields(const context& call, arch_cfg_t& record) {
     static const std::set<std::string> own = {"path", "inst_name", "sys_mode", "bits", "dest_org"};
-    for (size_t i = first; i < call.arguments.size(); i++) {
-        size_t equals = call.argument(i).find('=');
-        std::string name = call.argument(i).substr(0, equals);
-        if (own.count(name) > 0) continue;
-        if (!set_field(record_fields(), record, name, call.argument(i).substr(equals + 1)))
-            throw std::runtime_error("no field " + name);
-    }
+    for (size_t i = 2; i < call.arguments.size(); i++)
+        if (const std::string& each = call.argument(i);
+            own.count(each.substr(0, each.find('='))) == 0)
+            set_field(record_fields(), record, each);
 }
 
 // What arch_cfg_parse_sql fills, each part with guard bytes behind it.
@@ -170,23 +154,23 @@ std::string add(const context& call) {
     parsed asked;
     parse_well(call, 1, asked);
     prepare(chosen, asked);
-    set_fields(call, 2, asked.record);
-    optional_text path = option_text(call, "path"), instance = option_text(call, "inst_name");
+    set_fields(call, asked.record);
     bool is_remote = chosen.type == ARCH_TYPE_REMOTE;
-    if (!path.given) path.text = is_remote ? asked.record.timer_name : asked.dest;
-    if (!instance.given && is_remote) instance.text = asked.dest;
+    std::string path =
+        call.option("path").value_or(is_remote ? asked.record.timer_name : asked.dest);
+    std::string instance = call.option("inst_name").value_or(is_remote ? asked.dest : "");
     arch_cfg_t before = asked.record, untouched;
-    std::string path_before = path.text, instance_before = instance.text;
+    std::string path_before = path, instance_before = instance;
     arch_cfg_t* out = &untouched;
-    kqcode_t code = chosen.add(call, asked.record, path.data(), instance.data(), &out);
+    kqcode_t code = chosen.add(call, asked.record, data_of(path), data_of(instance), &out);
     std::string text = code_text(code) + returned(out, &untouched);
     bool named = out != nullptr && out != &untouched && strcmp(out->name, asked.record.name) == 0;
     if (asked.record.name[0] != '\0' && !named)
         text += ", record named " + std::string(asked.record.name);
     text += differences(record_fields(), asked.record, &before);
-    if (path.text.c_str() != path_before) text += " path=(" + std::string(path.text.c_str()) + ")";
-    if (instance.text.c_str() != instance_before)
-        text += " inst_name=(" + std::string(instance.text.c_str()) + ")";
+    if (path.c_str() != path_before) text += " path=(" + std::string(path.c_str()) + ")";
+    if (instance.c_str() != instance_before)
+        text += " inst_name=(" + std::string(instance.c_str()) + ")";
     bool is_plain = code == 0 && call.arguments.size() == 2;
     return text + asked.fault() + (is_plain ? fault_of_start_up(call) : "");
 }
@@ -203,10 +187,10 @@ std::string modify(const context& call) {
     parsed asked;
     parse_well(call, 1, asked);
     if (asked.record.type == ARCH_TYPE_NONE) asked.record.type = stored->type;
-    set_fields(call, 2, asked.record);
+    set_fields(call, asked.record);
     usint bits = static_cast<usint>(call.option("bits", asked.bits));
-    if (optional_text dest = option_text(call, "dest_org"); dest.given)
-        snprintf(asked.dest, sizeof asked.dest, "%s", dest.text.c_str());
+    if (auto dest = call.option("dest_org"))
+        snprintf(asked.dest, sizeof asked.dest, "%s", dest->c_str());
     arch_cfg_t before = asked.record, stored_before = *stored;
     std::string dest_before = asked.dest;
     arch_cfg_hold lock;
@@ -260,13 +244,8 @@ std::string files(const context& call) {
          fs::directory_iterator(call.arguments.empty() ? "." : call.argument(0))) {
         std::string name = entry.path().filename();
         if (siblings.count(name) > 0) continue;
-        struct stat status;
-        lstat(entry.path().c_str(), &status);
-        char mode[8];
-        snprintf(mode, sizeof mode, "%04o", static_cast<unsigned>(status.st_mode & 07777));
-        bool plain = S_ISREG(status.st_mode);
-        bool link = S_ISLNK(status.st_mode);
-        lines.insert(name + (plain ? " " + std::string(mode) : link ? " link" : "/"));
+        std::string kind = entry.is_symlink() ? " link" : " " + mode_text(entry.path());
+        lines.insert(name + (entry.is_symlink() || entry.is_regular_file() ? kind : "/"));
     }
     std::string text;
     for (const std::string& each : lines)

@@ -10,7 +10,6 @@
 #include <ntimer_cfg.h>
 #include <os.h>
 #include <osfile.h>
-#include <sys/stat.h>
 #include <utl.h>
 
 #include "support/binding.h"
@@ -43,22 +42,14 @@ std::string fill(const context& call) {
 }
 
 std::string mode(const context& call) {
-    struct stat status {};
-    char text[8];
-    lstat(call.text(0), &status);
-    snprintf(text, sizeof text, "%04o", static_cast<unsigned>(status.st_mode & 07777));
-    return text;
-}
-
-std::string or_null(const schar* text) {
-    return text ? text : "null";
+    return mode_text(call.argument(0));
 }
 
 // What kq.ini gave.
 std::string kq_ini(const context&) {
-    std::string text = or_null(ini_get_instance_name()) + " port " +
+    std::string text = shown(ini_get_instance_name()) + " port " +
                        std::to_string(ini_get_instance_port()) + " postfix " +
-                       or_null(ini_get_str_value(ini_index_logfile_postfix_name));
+                       shown(ini_get_str_value(ini_index_logfile_postfix_name));
     for (ulint index : {ini_index_port_num, ini_index_arch_flag, ini_index_mpp_flag,
                         ini_index_hpc_node, ini_index_dfs_flag, ini_index_instance_name})
         text += " " + std::to_string(ini_get_value(0, index));
@@ -98,7 +89,7 @@ std::string mal_all(const context&) {
 
 std::string timer_find(const context& call) {
     const ntimer_cfg_t* timer = ntimer_cfg_find_by_name(call.text(0));
-    return timer ? timer->name : "null";
+    return shown(timer ? timer->name : nullptr);
 }
 
 std::string endpoints(kqcode_t (*list)(usint, byte*, byte*, byte*), usint group) {

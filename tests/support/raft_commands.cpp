@@ -4,17 +4,13 @@
 #include <cstring>
 #include <memory>
 
-#include "support/scenario.h"
+#include "support/binding.h"
 
 namespace test_support {
 
 namespace {
 
 using context = command_context;
-
-usint number_of(const context& call, size_t index) {
-    return static_cast<usint>(call.number(index));
-}
 
 // The text that a call is to leave, with guard bytes behind it.
 class record_text {
@@ -68,16 +64,16 @@ std::string add(const context& call) {
     record_text rec(call);
     arch_cfg_t junk;
     arch_cfg_t* added = &junk;
-    kqcode_t code = arch_cfg_add_learner_or_raft(call.text(0), call.text(1), number_of(call, 2),
-                                                 number_of(call, 3), number_of(call, 4),
-                                                 number_of(call, 5), &added, rec.get());
+    kqcode_t code = arch_cfg_add_learner_or_raft(
+        call.text(0), call.text(1), argument_of<usint>(call, 2), argument_of<usint>(call, 3),
+        argument_of<usint>(call, 4), argument_of<usint>(call, 5), &added, rec.get());
     std::string name = added == &junk ? "record not written" : added ? added->name : "null";
     return code_text(code) + ", " + name + rec.verdict();
 }
 
 std::string delete_learner(const context& call) {
     record_text rec(call);
-    kqcode_t code = arch_cfg_delete_learner(call.text(0), number_of(call, 1), rec.get());
+    kqcode_t code = arch_cfg_delete_learner(call.text(0), argument_of<usint>(call, 1), rec.get());
     return code_text(code) + rec.verdict();
 }
 

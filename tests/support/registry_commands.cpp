@@ -1,7 +1,6 @@
 // Commands that look at a registry or change its fields directly.
 #include <algorithm>
 #include <cstring>
-#include <stdexcept>
 #include <utility>
 
 #include "support/fields.h"
@@ -63,14 +62,11 @@ std::string count(const command_context&) {
 // set NAME FIELD=VALUE...: NAME is a section's name, or sys for the settings.
 std::string set(const command_context& context) {
     arch_cfg_t* arch = find_record(arch_cfg_sys, context.argument(0));
-    for (size_t i = 1; i < context.arguments.size(); i++) {
-        size_t equals = context.argument(i).find('=');
-        std::string name = context.argument(i).substr(0, equals);
-        std::string value = context.argument(i).substr(equals + 1);
-        bool known = arch ? set_field(record_fields(), *arch, name, value)
-                          : set_field(registry_fields(), arch_cfg_sys, name, value);
-        if (!known) throw std::runtime_error("no field " + name);
-    }
+    for (size_t i = 1; i < context.arguments.size(); i++)
+        if (arch != nullptr)
+            set_field(record_fields(), *arch, context.argument(i));
+        else
+            set_field(registry_fields(), arch_cfg_sys, context.argument(i));
     return "ok";
 }
 

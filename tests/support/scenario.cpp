@@ -29,12 +29,42 @@ ulint command_context::number(size_t index) const {
     return static_cast<ulint>(std::stoull(argument(index)));
 }
 
+std::optional<std::string> command_context::option(const std::string& name) const {
+    for (const std::string& each : arguments)
+        if (each.rfind(name + "=", 0) == 0) return each.substr(name.size() + 1);
+    return {};
+}
+
 ulint command_context::option(const std::string& name, ulint otherwise) const {
-    for (const std::string& each : arguments) {
-        if (each.rfind(name + "=", 0) == 0)
-            return static_cast<ulint>(std::stoul(each.substr(name.size() + 1)));
+    std::optional<std::string> given = option(name);
+    return given ? static_cast<ulint>(std::stoul(*given)) : otherwise;
+}
+
+namespace {
+
+// The key of a value that stands in a section without one.
+std::string key_of(size_t position, const std::string& type) {
+    static const char* const keys[] = {"ARCH_TYPE", "ARCH_DEST"};
+    if (position < 2) return keys[position];
+    return type == "REMOTE" ? "ARCH_INCOMING_PATH" : "ARCH_TIMER_NAME";
+}
+
+}  // namespace
+
+std::string expand_section(const std::string& line) {
+    static const std::regex section(R"(^(\[[^\]]*\])((?: [^ #]+)+)$)");
+    std::smatch match;
+    if (!std::regex_match(line, match, section)) return line + "\n";
+    std::vector<std::string> words = split(match[2], " ");
+    std::string text = match[1].str() + "\n";
+    for (size_t i = 1; i < words.size(); i++) {
+        size_t equals = words[i].find('=');
+        text += equals == std::string::npos
+                    ? key_of(i - 1, words[1]) + " = " + words[i]
+                    : words[i].substr(0, equals) + " = " + words[i].substr(equals + 1);
+        text += "\n";
     }
-    return otherwise;
+    return text;
 }
 
 namespace {
@@ -67,31 +97,6 @@ std::vector<std::string> split_command(const std::string& line) {
     return words;
 }
 
-// The key of a value that stands in a section without one.
-std::string key_of(size_t position, const std::string& type) {
-    static const char* const keys[] = {"ARCH_TYPE", "ARCH_DEST"};
-    if (position < 2) return keys[position];
-    return type == "REMOTE" ? "ARCH_INCOMING_PATH" : "ARCH_TIMER_NAME";
-}
-
-std::string expand_section(const std::string& line) {
-    static const std::regex section(R"(^(\[[^\]]*\])((?: [^ #]+)+)$)");
-    std::smatch match;
-    if (!std::regex_match(line, match, section)) return line + "\n";
-    std::vector<std::string> words = split(match[2], " ");
-    std::string text = match[1].str() + "\n";
-    for (size_t i = 1; i < words.size(); i++) {
-        size_t equals = words[i].find('=');
-        text += equals == std::string::npos
-                    ? key_of(i - 1, words[1]) + " = " + words[i]
-                    : words[i].substr(0, equals) + " = " + words[i].substr(equals + 1);
-        text += "\n";
-    }
-    return text;
-}
-
-std::string expand_input(const std::string& input, const definitions& defined);
-
 std::string expand_repeat(const std::smatch& repeat, const definitions& defined) {
     std::string result;
     for (int i = std::stoi(repeat[1]); i <= std::stoi(repeat[2]); i++)
@@ -100,6 +105,8 @@ std::string expand_repeat(const std::smatch& repeat, const definitions& defined)
             defined);
     return result;
 }
+
+}  // namespace
 
 std::string expand_input(const std::string& input, const definitions& defined) {
     static const std::regex repeat(R"(^repeat (\d+) (\d+) (.*)$)");
@@ -117,6 +124,8 @@ std::string expand_input(const std::string& input, const definitions& defined) {
     }
     return result;
 }
+
+namespace {
 
 command_function find_command(const std::string& name) {
     for (auto table : {file_commands, registry_commands, call_commands, online_commands,
@@ -290,7 +299,7 @@ void run_scenario(const std::filesystem::path& path) {
         std::string got = run_row(each, context);
         if (rewrite)
             each.expected = got;
-        else if (got != each.expected)
+        else if (in_lines(got) != in_lines(each.expected))
             ADD_FAILURE_AT(path.c_str(), each.line) << each.text << "expected:\n"
                                                     << each.expected << "\ngot:\n"
                                                     << got;

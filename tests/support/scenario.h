@@ -4,9 +4,9 @@
 //     COMMAND => RESULT        what it prints, in one line
 //     COMMAND && COMMAND ...   all but the last succeed
 //
-// RESULT stands on a line of its own, "=> RESULT", where the row would be too long, and a result of
-// several lines takes a "| " before each. The result of a function is its code. What else happened
-// stands there too:
+// RESULT stands on a line of its own, "=> RESULT", where the row would be too long. Several lines of
+// a result are joined with "; ", or take a "| " before each. The result of a function is its code.
+// What else happened stands there too:
 //
 //     -803: TEXT               TEXT was printed to standard error, and logged at level 4
 //     -803 stderr: TEXT        it was only printed; likewise "stdout: TEXT"
@@ -38,6 +38,7 @@
 
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -52,6 +53,9 @@ struct row {
     std::string expected;  // one line without its end, or several with it; empty if not stated
 };
 
+// A result with its lines ended as they were when they were joined, or not.
+std::string in_lines(std::string expected);
+
 struct step {
     std::string command;
     std::string input;
@@ -63,6 +67,11 @@ std::vector<step> steps_of(const std::string& text);
 std::vector<std::string> split(const std::string& text, const std::string& separator);
 std::vector<row> read_scenario(const std::filesystem::path& path);
 std::string write_scenario(const std::vector<row>& rows);
+
+// What a line of input stands for, and several lines of it.
+std::string expand_section(const std::string& line);
+std::string expand_input(const std::string& input,
+                         const std::map<std::string, std::string>& defined = {});
 
 // What a command works with.
 struct command_context {
@@ -77,6 +86,7 @@ struct command_context {
     const schar* text(size_t index) const;  // null for "null"
     ulint number(size_t index) const;
     // The value of an argument "NAME=value".
+    std::optional<std::string> option(const std::string& name) const;
     ulint option(const std::string& name, ulint otherwise) const;
 };
 
@@ -94,6 +104,8 @@ const command_table& raft_commands();
 const command_table& platform_commands();
 
 std::string code_text(kqcode_t code);
+// The mode of what is at a path, a link itself.
+std::string mode_text(const std::filesystem::path& path);
 
 // What is wrong with a start-up from kqarch.ini: it gives a registry that is not the running one,
 // which stays. Nothing is printed or logged. With `text` it must also be accepted, and that becomes

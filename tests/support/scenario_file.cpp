@@ -9,6 +9,7 @@ namespace {
 
 const std::string result_mark = " => ";
 const std::string input_indent = "  ";
+const std::string line_end = "; ";
 constexpr size_t widest_row = 100;
 
 bool starts_with(const std::string& line, const std::string& start) {
@@ -17,7 +18,7 @@ bool starts_with(const std::string& line, const std::string& start) {
 
 std::string input_lines(const std::string& text) {
     std::string lines;
-    for (const std::string& line : split(text, "; "))
+    for (const std::string& line : split(text, line_end))
         lines += line + "\n";
     return lines;
 }
@@ -47,8 +48,18 @@ bool take_line(row& last, const std::string& line) {
     return true;
 }
 
+// The lines of a result as one, unless that would be too long or lose where they end.
+std::string in_one_line(const std::string& expected) {
+    if (expected.empty() || expected.back() != '\n') return expected;
+    std::string lines = expected.substr(0, expected.size() - 1), joined = lines;
+    for (size_t at; (at = joined.find('\n')) != joined.npos;)
+        joined.replace(at, 1, line_end);
+    bool fits = joined.size() + result_mark.size() <= widest_row + 1;
+    return fits && in_lines(joined) == lines ? joined : expected;
+}
+
 std::string row_text(const row& each) {
-    const std::string& expected = each.expected;
+    const std::string expected = in_one_line(each.expected);
     if (expected.empty()) return each.text;
     if (expected.back() != '\n') {
         bool fits = each.text.find('\n') == each.text.size() - 1 &&
@@ -64,6 +75,14 @@ std::string row_text(const row& each) {
 }
 
 }  // namespace
+
+std::string in_lines(std::string expected) {
+    for (size_t at; (at = expected.find(line_end)) != expected.npos;)
+        expected.replace(at, line_end.size(), "\n");
+    while (!expected.empty() && expected.back() == '\n')
+        expected.pop_back();
+    return expected;
+}
 
 std::vector<std::string> split(const std::string& text, const std::string& separator) {
     std::vector<std::string> pieces;

@@ -1,6 +1,6 @@
 // What the configuration message and its check ought to be, written a second time and simpler.
-#ifndef TESTS_SUPPORT_PEER_MODEL_H
-#define TESTS_SUPPORT_PEER_MODEL_H
+#ifndef FUZZ_PEER_MODEL_H
+#define FUZZ_PEER_MODEL_H
 
 #include <arch_cfg.h>
 

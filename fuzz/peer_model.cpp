@@ -1,4 +1,4 @@
-#include "support/peer_model.h"
+#include "peer_model.h"
 
 #include <strings.h>
 
