@@ -7,11 +7,9 @@
 #include <functional>
 
 #include "add.h"
-#include "backup.h"
 #include "backups.h"
 #include "drop.h"
 #include "init.h"
-#include "modify.h"
 #include "support/instance.h"
 
 namespace fs = std::filesystem;
@@ -27,17 +25,12 @@ exit_status run(const std::function<exit_status(output&)>& command) {
     }
 }
 
-template <typename options>
-options agreed(const std::string& directory, bool force) {
+template <class options>
+options agreed(const std::string& directory) {
     options given;
     given.directory = directory;
     given.yes = true;
-    given.force = force;
     return given;
-}
-
-target target_of(const asked_change& change) {
-    return {change.dest, change.dest.empty()};
 }
 
 }  // namespace
@@ -84,39 +77,20 @@ std::string changed_instance::local_clause() const {
     return "TYPE=LOCAL, FILE_SIZE=64, DEST=" + beside("second");
 }
 
-void changed_instance::know_instances(const std::vector<std::string>& names) const {
-    std::ofstream file(directory() + "/kqmal.ini");
-    for (const std::string& name : names)
-        file << "[" << name << "]\nMAL_INST_NAME = " << name
-             << "\nMAL_INST_HOST = 10.0.0.1\nMAL_INST_PORT = 5236\n";
+exit_status changed_instance::add(const std::string& clause) const {
+    auto given = agreed<add_options>(directory());
+    given.clause = clause;
+    return run([&](output& out) { return run_add(given, out); });
 }
 
-exit_status changed_instance::make(const asked_change& change, bool force) const {
-    return run([&](output& out) {
-        if (change.command == "add") {
-            auto given = agreed<add_options>(directory(), force);
-            given.clause = change.clause;
-            return run_add(given, out);
-        }
-        if (change.command == "modify") {
-            auto given = agreed<modify_options>(directory(), force);
-            given.which = target_of(change);
-            given.clause = change.clause;
-            return run_modify(given, out);
-        }
-        auto given = agreed<drop_options>(directory(), force);
-        given.which = target_of(change);
-        return run_drop(given, out);
-    });
+exit_status changed_instance::drop(const std::string& dest) const {
+    auto given = agreed<drop_options>(directory());
+    given.which.dest = dest;
+    return run([&](output& out) { return run_drop(given, out); });
 }
 
 exit_status changed_instance::restore(lint64 number) const {
-    auto given = agreed<restore_options>(directory(), false);
+    auto given = agreed<restore_options>(directory());
     given.number = number;
     return run([&](output& out) { return run_restore(given, out); });
-}
-
-lint64 changed_instance::last_backup() const {
-    std::vector<lint64> numbers = backups_in(directory());
-    return numbers.empty() ? 0 : numbers.back();
 }

@@ -4,15 +4,8 @@
 
 #include <filesystem>
 #include <string>
-#include <vector>
 
 #include "output.h"
-
-struct asked_change {
-    std::string command;  // add, modify or drop
-    std::string dest;     // empty: the subscriber
-    std::string clause;
-};
 
 // An instance directory that archives to one directory of its own, and to a standby.
 class changed_instance {
@@ -38,16 +31,10 @@ class changed_instance {
 
     std::string beside(const std::string& name) const;
 
-    // Writes a kqmal.ini that has these instances.
-    void know_instances(const std::vector<std::string>& names) const;
-
     // The exit status; an exception counts as main would take it.
-    exit_status make(const asked_change& change, bool force = false) const;
-    exit_status add(const std::string& clause) const { return make({"add", "", clause}); }
-    exit_status drop(const std::string& dest) const { return make({"drop", dest, ""}); }
+    exit_status add(const std::string& clause) const;
+    exit_status drop(const std::string& dest) const;
     exit_status restore(lint64 number) const;
-
-    lint64 last_backup() const;
 
   private:
     std::filesystem::path root_;

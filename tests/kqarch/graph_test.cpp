@@ -76,20 +76,17 @@ class svg_reader {
 
 struct extent {
     double left, top, right, bottom;
+
+    explicit extent(const element& text)
+        : left(text.number("x")),
+          top(text.number("y") - 0.76 * text.number("font-size")),
+          right(left + 0.602 * text.number("font-size") * static_cast<double>(text.text.size())),
+          bottom(top + text.number("font-size")) {}
+
+    bool overlaps(const extent& other) const {
+        return left < other.right && other.left < right && top < other.bottom && other.top < bottom;
+    }
 };
-
-extent extent_of(const element& text) {
-    double size = text.number("font-size");
-    double width = 0.602 * size * static_cast<double>(text.text.size());
-    double left = text.number("x");
-    double base = text.number("y");
-    return {left, base - 0.76 * size, left + width, base + 0.24 * size};
-}
-
-bool overlap(const extent& one, const extent& other) {
-    return one.left < other.right && other.left < one.right && one.top < other.bottom &&
-           other.top < one.bottom;
-}
 
 void expect_legible(const std::vector<element>& elements) {
     double width = elements.at(0).number("width");
@@ -97,11 +94,11 @@ void expect_legible(const std::vector<element>& elements) {
     std::vector<extent> texts;
     for (const element& one : elements) {
         if (one.name != "text") continue;
-        extent place = extent_of(one);
+        extent place(one);
         EXPECT_TRUE(place.left >= 0 && place.top >= 0) << one.text;
         EXPECT_TRUE(place.right <= width && place.bottom <= height) << one.text;
         for (const extent& other : texts)
-            EXPECT_FALSE(overlap(place, other)) << one.text;
+            EXPECT_FALSE(place.overlaps(other)) << one.text;
         texts.push_back(place);
     }
     EXPECT_GT(texts.size(), 3U);

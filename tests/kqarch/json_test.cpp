@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
-#include <string>
 #include <vector>
 
 #include "program.h"
@@ -30,7 +29,7 @@ const names check_fields = {"directories", "summary"};
 const names show_fields = {"code", "destinations", "globals", "instance", "refused_lines", "valid"};
 const names fmt_fields = {"diff", "differs", "lost", "text"};
 const names init_fields = {"files", "instances", "kind", "next"};
-
+const names explain_fields = {"codes", "keys", "topic", "types"};
 const names peer_check_fields = {"agree", "disagreements", "nodes", "pairs"};
 const names export_fields = {"arch_local_share", "hpc_node", "instance", "members", "message"};
 const names verify_fields = {"agree", "code", "instance", "sender"};
@@ -54,6 +53,9 @@ const row rows[] = {
     {"fmt --json bad", 1, fmt_fields},
     {"fmt --json --check good", 0, fmt_fields},
     {"fmt --json missing", 3, fmt_fields},
+    {"explain --json ARCH_DEST", 0, explain_fields},
+    {"explain --json", 0, explain_fields},
+    {"explain --json nothing_such", 1, explain_fields},
     {"peer-check --json good other", 0, peer_check_fields},
     {"peer-check --json good bad", 1, peer_check_fields},
     {"peer-export --json good", 0, export_fields},
@@ -112,79 +114,6 @@ TEST_F(kqarch_json, is_one_document_with_every_field) {
         bool good = one.status == 0 && std::string(one.command).find("bad") == std::string::npos;
         EXPECT_EQ(document["diagnostics"].empty(), good) << one.command;
     }
-}
-
-TEST_F(kqarch_json, tells_everything_about_a_diagnostic) {
-    json found = run("check --json bad")["diagnostics"];
-    ASSERT_EQ(found.size(), 2U);
-    EXPECT_EQ(found[0], json({{"severity", "error"},
-                              {"file", "bad/kqarch.ini"},
-                              {"line", 3},
-                              {"code", -803},
-                              {"name", "ARCH_E_INVALID_VALUE"},
-                              {"section", "A\\xff"},
-                              {"key", "ARCH_FILE_SIZE"},
-                              {"text", "arch_cfg ARCH_FILE_SIZE value 1 is invalid"},
-                              {"hint", found[0]["hint"]}}));
-    EXPECT_EQ(found[1]["line"], 4);
-    EXPECT_EQ(found[1]["code"], -802);
-    EXPECT_TRUE(found[1]["hint"].is_string());
-    EXPECT_EQ(run("check --json missing")["diagnostics"][0]["line"], nullptr);
-}
-
-TEST_F(kqarch_json, gives_the_verdict_of_each_directory) {
-    json document = run("check --json good bad missing");
-    ASSERT_EQ(document["directories"].size(), 3U);
-    const json& good = document["directories"][0];
-    EXPECT_EQ(good["verdict"], "would_start");
-    EXPECT_EQ(good["counts"]["LOCAL"], 1);
-    EXPECT_EQ(good["counts"].size(), 9U);
-    EXPECT_EQ(document["directories"][1]["code"], -803);
-    EXPECT_EQ(document["directories"][2]["verdict"], "not_checked");
-    EXPECT_EQ(document["summary"], json({{"directories", 3},
-                                         {"would_start", 1},
-                                         {"would_not_start", 1},
-                                         {"not_checked", 1},
-                                         {"destinations", 1},
-                                         {"errors", 3},
-                                         {"warnings", 0}}));
-}
-
-TEST_F(kqarch_json, shows_settings_as_values) {
-    json shown = run("show --json good");
-    EXPECT_EQ(shown["instance"]["port"], 5236);
-    EXPECT_EQ(shown["globals"].size(), 15U);
-    EXPECT_EQ(shown["globals"]["ARCH_WAIT_APPLY"], 0);
-    EXPECT_EQ(shown["globals"]["XMAL_IP"], nullptr);
-    const json& local = shown["destinations"][0];
-    EXPECT_EQ(local["file_size_mb"], 128);
-    EXPECT_EQ(local["settings"]["hang_flag"], true);
-    EXPECT_EQ(run("show --json bad")["valid"], false);
-}
-
-TEST_F(kqarch_json, tells_what_a_change_does) {
-    json made = run("add --json --yes good 'TYPE=LOCAL, DEST={dir}/two, HANG_FLAG=0'");
-    EXPECT_EQ(made["made"], true);
-    EXPECT_EQ(made["would_start"], true);
-    EXPECT_EQ(made["start_code"], 0);
-    EXPECT_EQ(made["backup"], json({{"number", 1}, {"file", "good/kqarch_bak_1.log"}}));
-    EXPECT_EQ(made["consequences"], json({"LOCAL destinations: from 1 to 2.",
-                                          "The directory {dir}/two will be created."}));
-    EXPECT_EQ(made["diff"][0], "@@ -11,3 +11,11 @@");
-    EXPECT_EQ(made["diff"].back(), "+");
-    EXPECT_EQ(made["lost"], json::array());
-
-    json refused = run("drop --json --yes --force good {dir}/nowhere");
-    EXPECT_EQ(refused["made"], false);
-    EXPECT_EQ(refused["diff"], nullptr);
-    EXPECT_EQ(refused["diagnostics"][0]["name"], "ARCH_E_DEST_NOT_FOUND");
-
-    json recorded = run("journal --json good")["changes"];
-    ASSERT_EQ(recorded.size(), 1U);
-    EXPECT_EQ(recorded[0]["command"], "add");
-    EXPECT_EQ(recorded[0]["backup"], 1);
-    EXPECT_EQ(recorded[0]["result"], "made");
-    EXPECT_EQ(recorded[0]["what"], "TYPE=LOCAL, DEST={dir}/two, HANG_FLAG=0");
 }
 
 }  // namespace

@@ -17,13 +17,25 @@ constexpr const char* prelude =
     "umask 022\n"
     "unset NO_COLOR\n"
     "export LC_ALL=C TERM=xterm\n"
-    // Runs a change and prints what is different and what it means, not what every change says.
+    // Runs a change and prints what is different, a section in a line, and what it means, not what
+    // every change says.
     "brief() {\n"
     "    text=$(\"$@\")\n"
     "    set -- $?\n"
     "    printf '%s\\n' \"$text\" | sed -e '/^[ @]/d; /^$/d; /^--- /d; /^+++ /d; /^[-+]$/d' \\\n"
-    "        -e '/^The server would start/d; /^Backup: /d; /^Changed /d'\n"
+    "        -e '/^The server would start/d; /^Backup: /d; /^Changed /d' |\n"
+    "        awk '{ sign = substr($0, 1, 1); same = sign == last && !/^.\\[/; last = sign }\n"
+    "            sign ~ /[-+]/ && same { printf \", %s\", substr($0, 2); next }\n"
+    "            { printf \"%s%s\", (NR > 1 ? \"\\n\" : \"\"), $0 } END { if (NR) print \"\" }'\n"
     "    return $1\n"
+    "}\n"
+    // Runs a command with each of the arguments in turn.
+    "each() {\n"
+    "    command=$1 statuses=\n"
+    "    shift\n"
+    "    for given; do $command \"$given\"; statuses=\"$statuses $?\"; done\n"
+    "    test $(printf '%s\\n' $statuses | uniq | wc -l) -eq 1 || echo \"statuses$statuses\"\n"
+    "    return ${statuses##* }\n"
     "}\n"
     // kqmal.ini for the instances named; KQ2 has an address.
     "mal() {\n"

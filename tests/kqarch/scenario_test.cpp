@@ -2,14 +2,15 @@
 //
 //   # why
 //   write db/kqarch.ini      a file:
-//   | [ARCHIVE_LOCAL1]       its lines
+//   | [ARCHIVE_LOCAL1]       its lines, of which one may be a section with its keys (scenario.h)
 //   $ kqarch check db        a shell command, and what has to come out of it:
 //   | db: would not start    standard output,
 //   ! db/kqarch.ini:1: ...   standard error, where a hint stands in the line that it is for,
-//   ? 3                      and the exit status, unless that is 1 after an error and 0 otherwise
+//   [3] $ kqarch check new   the exit status too, unless that is 1 after an error and 0 otherwise
 //
-// In a file's text {dir} is the absolute directory that the commands run in, and in what a command
-// prints it stands for it. With KQARCH_REWRITE set, a file is rewritten to what was seen instead.
+// " (N times)" stands behind a line that comes N times on end. In a file's text {dir} is the absolute
+// directory that the commands run in, and in what a command prints it stands for it. With
+// KQARCH_REWRITE set, a file is rewritten to what was seen instead.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -21,6 +22,7 @@
 
 #include "program.h"
 #include "support/instance.h"
+#include "support/scenario.h"
 
 namespace fs = std::filesystem;
 
@@ -28,7 +30,7 @@ namespace {
 
 constexpr char output_mark = '|';
 constexpr char error_mark = '!';
-constexpr char status_mark = '?';
+constexpr const char* prompt = "$ ";
 
 using lines = std::vector<std::string>;
 
@@ -42,8 +44,12 @@ lines lines_of(const std::string& text) {
 
 std::string marked(const std::string& text, char mark) {
     std::string all;
-    for (const std::string& line : lines_of(text))
-        all += mark + (line.empty() ? "" : " " + line) + "\n";
+    lines found = lines_of(text);
+    for (auto at = found.begin(), next = at; at != found.end(); at = next) {
+        next = std::find_if(at, found.end(), [&](const std::string& line) { return line != *at; });
+        all += mark + (at->empty() ? "" : " " + *at);
+        all += next - at > 1 ? " (" + std::to_string(next - at) + " times)\n" : "\n";
+    }
     return all;
 }
 
@@ -59,11 +65,11 @@ int usual_status(const std::string& errors) {
     return errors.find("error: ") != errors.npos || errors.find("error[") != errors.npos ? 1 : 0;
 }
 
-std::string expectation_of(const run_result& result) {
-    std::string text =
-        marked(result.output, output_mark) + marked(with_hints_beside(result.errors), error_mark);
-    if (result.status == usual_status(result.errors)) return text;
-    return text + status_mark + " " + std::to_string(result.status) + "\n";
+std::string transcript_of(const std::string& command, const run_result& result) {
+    bool usual = result.status == usual_status(result.errors);
+    return (usual ? "" : "[" + std::to_string(result.status) + "] ") + prompt + command + "\n" +
+           marked(result.output, output_mark) +
+           marked(with_hints_beside(result.errors), error_mark);
 }
 
 // Runs one file; the text that it would have to be for what was seen.
@@ -80,32 +86,34 @@ class scenario {
   private:
     void play_step() {
         std::string line = lines_[at_++];
-        seen_ += line + "\n";
+        size_t command = line.find(prompt);
         if (line.starts_with("write ")) {
-            std::string body = take_body();
-            place_.write(line.substr(6), body);
-            seen_ += marked(body, output_mark);
-        } else if (line.starts_with("$ ")) {
+            seen_ += line + "\n";
+            place_.write(line.substr(6), take_body());
+        } else if (command == 0 || (command == 4 && line[0] == '[')) {
             skip_expectation();
-            seen_ += expectation_of(place_.run(line.substr(2)));
-        } else if (!line.empty() && line[0] != '#') {
-            ADD_FAILURE() << "line " << at_ << " is no step: " << line;
+            line.erase(0, command + 2);
+            seen_ += transcript_of(line, place_.run(line));
+        } else {
+            EXPECT_TRUE(line.empty() || line[0] == '#')
+                << "line " << at_ << " is no step: " << line;
+            seen_ += line + "\n";
         }
     }
 
     std::string take_body() {
         std::string body;
-        for (; at_ < lines_.size() && lines_[at_].starts_with(output_mark); ++at_)
-            body += lines_[at_].substr(std::min<size_t>(2, lines_[at_].size())) + "\n";
+        for (; at_ < lines_.size() && lines_[at_].starts_with(output_mark); ++at_) {
+            seen_ += lines_[at_] + "\n";
+            body +=
+                test_support::expand_section(lines_[at_].substr(lines_[at_].size() > 1 ? 2 : 1));
+        }
         return body;
     }
 
     void skip_expectation() {
-        auto is_expectation = [](const std::string& line) {
-            return line.starts_with(output_mark) || line.starts_with(error_mark) ||
-                   line.starts_with(status_mark);
-        };
-        while (at_ < lines_.size() && is_expectation(lines_[at_]))
+        while (at_ < lines_.size() &&
+               (lines_[at_].starts_with(output_mark) || lines_[at_].starts_with(error_mark)))
             ++at_;
     }
 
