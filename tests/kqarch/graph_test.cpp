@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "program.h"
+#include "support/scenario.h"
 
 namespace {
 
@@ -136,23 +137,19 @@ TEST(svg, shows_every_name_of_a_cluster_and_of_a_group) {
 TEST(svg, stays_legible_with_every_destination_that_there_can_be) {
     workplace place;
     place.run("kqarch init db && mkdir db/a");
-    std::string text = "ARCH_WAIT_APPLY = 0\n";
-    for (int i = 1; i <= 8; ++i) {
-        std::string number = std::to_string(i);
-        text += "[L" + number + "]\nARCH_TYPE = LOCAL\nARCH_DEST = {dir}/db/" +
-                std::string(static_cast<size_t>(20 * i), 'x') + "\nARCH_FILE_SIZE = 64\n";
-        text += "[A" + number + "]\nARCH_TYPE = ASYNC\nARCH_TIMER_NAME = T\nARCH_DEST = S" +
-                number + "/T" + number + "/U" + number + "\n";
-    }
-    place.write("db/kqarch.ini", text);
+    place.write(
+        "db/kqarch.ini",
+        test_support::expand_input("ARCH_WAIT_APPLY = 0\n"
+                                   "repeat 1 8 [L{i}] LOCAL {dir}/db/{xx*{i}0} ARCH_FILE_SIZE=64\n"
+                                   "repeat 1 8 [A{i}] ASYNC S{i}/T{i}/U{i} T\n"));
     expect_picture(place, "db", {"S8", "U1", std::string(160, 'x')});
 }
 
 TEST(svg, escapes_what_means_something_to_it) {
     workplace place;
+    place.run("kqarch init db");
     for (const char* name :
          {"<b>\"'&amp;", "]]>-->", "</text></svg>", "&#60;&lt;", "%s\\n${HOME}"}) {
-        place.run("rm -rf db; kqarch init db");
         place.write("db/kqarch.ini", std::string("[") + name +
                                          "]\nARCH_TYPE = LOCAL\nARCH_DEST = {dir}/db/" + name +
                                          "\nARCH_FILE_SIZE = 64\n");
