@@ -29,11 +29,12 @@
  *
  * Memory. The registry owns its records: one block each from os_malloc. A record pointer that a
  * function returns is borrowed: it is safe while the caller holds the lock, or while nobody drops
- * the record. Where a function releases the lock before it returns one, a caller beside which others
- * drop takes the lock and looks it up again (arch_cfg_find_by_dest_low_without_enter), or uses the
- * pointer for its identity only (arch_cfg_drop_low). Texts handed in are copied. Every text stored is
- * terminated and never longer than its field; nothing is cut unless a function says so. No other
- * pointer may be null unless a function says that it may: records, results and buffers are not asked.
+ * the record. Where a function releases the lock before it returns one, a caller beside which
+ * others drop takes the lock and looks it up again (arch_cfg_find_by_dest_low_without_enter), or
+ * uses the pointer for its identity only (arch_cfg_drop_low). Texts handed in are copied. Every
+ * text stored is terminated and never longer than its field; nothing is cut unless a function says
+ * so. No other pointer may be null unless a function says that it may: records, results and buffers
+ * are not asked.
  *
  * Texts. Every text handed in is terminated. Lengths are in bytes, without the terminator; the size
  * of a buffer is in bytes with it. A null text handed to a look-up matches nothing. "Ignoring case"
@@ -385,8 +386,8 @@ ARCH_CFG_API kqcode_t arch_cfg_calc_next_inst_dest(schar** dest_tmp, schar* dest
  * destroyed and the code returned, for a failed rule with "Validate kqarch.ini error, code=N" on
  * standard error. ARCH_E_FILE_OPEN when the default file cannot be created, or `path_in` has more
  * than 256 characters (silent; the registry is left empty, not destroyed), and from the reader for
- * a file that it cannot read. The caller destroys a loaded registry (arch_cfg_sys_destroy) before it
- * starts again: the reset forgets records, and frees none.
+ * a file that it cannot read. The caller destroys a loaded registry (arch_cfg_sys_destroy) before
+ * it starts again: the reset forgets records, and frees none.
  * A file that names a subscriber and that its group or others may read is loaded with a warning in
  * the log, level 3.
  * Lock: none; no other thread uses the registry yet. */
@@ -778,9 +779,9 @@ ARCH_CFG_API kqcode_t arch_cfg_validate_for_modify(arch_cfg_t* arch, const arch_
 
 /* Drops the record that a text names (as arch_cfg_find_by_dest with flag 0 finds it) and rewrites
  * kqarch.ini. The text is compared as it is: a path that an adder was given with a "/" at its end
- * is stored without. ARCH_E_DEST_NOT_FOUND when there is none, or the text is null or empty; else the
- * result of the write, which undoes nothing. No rule looks at what remains: the last LOCAL may go,
- * and `raft_cnt` is not changed for a RAFT record. Silent. Lock: taken, from the search to the
+ * is stored without. ARCH_E_DEST_NOT_FOUND when there is none, or the text is null or empty; else
+ * the result of the write, which undoes nothing. No rule looks at what remains: the last LOCAL may
+ * go, and `raft_cnt` is not changed for a RAFT record. Silent. Lock: taken, from the search to the
  * written file. */
 ARCH_CFG_API kqcode_t arch_cfg_drop(const schar* dest) KQ_EXCLUDES(arch_cfg_sys.mutex);
 

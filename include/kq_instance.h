@@ -44,7 +44,7 @@ kqcode_t kq_ini_walk_text(schar* text, ulint64 size, kq_ini_line_fn each, void* 
 typedef kqcode_t (*kq_arch_reader_fn)(void* context);
 
 /* From now on start-up has kqarch.ini read by `reader`, whose result it takes for that of reading;
- * with NULL by the layer again. */
+ * with NULL by the layer again. Opening and closing an instance change nothing about it. */
 void kq_ini_read_arch_by(kq_arch_reader_fn reader, void* context);
 
 KQ_END_C

@@ -23,8 +23,8 @@ mal_cfg_t* mal_cfg_get_by_inst_name(const schar* inst_name);
 /* The instance name of a site number, or null. Borrowed; takes no lock. */
 schar* mal_cfg_get_inst_name_by_site(usint mal_seqno);
 
-/* The registry, never null, and its own lock. Where the archive registry's lock is held too, it is taken
- * first and this one second. */
+/* The registry, never null, and its own lock. Where the archive registry's lock is held too, it is
+ * taken first and this one second. */
 void mal_cfg_sys_enter(void);
 mal_cfg_sys_t* mal_cfg_sys_get(void);
 void mal_cfg_sys_exit(void);

@@ -28,9 +28,9 @@ void os_file_close(os_handle_t handle);
 kqbool os_file_delete(const schar* path);
 
 /* Copies a file with its mode and, as far as this process may give them, its owner and group. Where
- * the group cannot be given, group and others get what the mode gives to both. With
- * `replace` 1 an existing target is replaced in one step. The copy is on disk on return; one that
- * fails leaves the old target whole and nothing half-made beside it. 1 when it was copied, else 0. */
+ * the group cannot be given, group and others get what the mode gives to both. With `replace` 1 an
+ * existing target is replaced in one step. The copy is on disk on return; one that fails leaves the
+ * old target whole and nothing half-made beside it. 1 when it was copied, else 0. */
 kqbool os_file_copy(const schar* source, const schar* target, kqbool replace);
 
 /* Non-zero when the file system of the nearest existing directory above `path` has fewer than
