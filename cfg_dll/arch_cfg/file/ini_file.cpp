@@ -88,6 +88,7 @@ kqcode_t rewrite_config_file(std::string_view text) {
 }  // namespace
 
 void config_file(file_path& path) {
+    static_assert(sizeof path > sizeof global_ini_info.config_path + sizeof "/kqarch.ini");
     std::size_t length = 0;
     for (const std::string_view part :
          {text_in(global_ini_info.config_path), std::string_view(separator()),
