@@ -122,7 +122,7 @@ class checker {
         std::vector<diagnostic> doubts = doubts_of_registry(instance_, file_);
         std::set<std::string> may_be_made;
         for (const missing_directory& one : missing)
-            may_be_made.insert(one.path);
+            if (options_.probe) may_be_made.insert(one.path);
         handed_over to_owner(instance_.directory(), may_be_made, handed_over::named_by::owner);
         validation result = validate(file_, options_.rules);
         if (result.code < 0) refuse(result.failures, result.code);
