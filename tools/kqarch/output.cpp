@@ -92,6 +92,7 @@ exit_status output::fail(exit_status status, std::string text, std::string file,
 
 // A file that is none of its kind has a problem in every line.
 void output::report_left_out() {
+    if (quiet_) return;
     for (const auto& [file, count] : reported_)
         if (count > most_of_a_file)
             tell({.level = severity::note,

@@ -46,7 +46,7 @@ class output {
     void set(const std::string& field, nlohmann::ordered_json value);
     void set_headline(std::string text) { said_.headline = std::move(text); }
 
-    // Of one file the first hundred are told, and then how many more there are.
+    // Of one file the first hundred are told, and then in a note how many more there are.
     void report(const diagnostic& found);
 
     // Reports an error that belongs to no line and no code, and returns `status`.
