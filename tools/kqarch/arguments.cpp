@@ -6,6 +6,7 @@
 #include <exception>
 #include <iostream>
 #include <limits>
+#include <new>
 #include <optional>
 
 #include "password.h"
@@ -167,6 +168,8 @@ int command_line::run(int count, char** words) {
     } catch (const CLI::ParseError& wrong) {
         auto shown = [&](const std::string& text) { return without_passwords(text, count, words); };
         return out.finish(refuse_usage(shown(wrong.what()), shown(first_word(count, words)), out));
+    } catch (const std::bad_alloc&) {
+        throw;  // there may be none for what is to be told either
     } catch (const std::exception& failed) {
         return out.finish(out.fail(exit_failed, failed.what()));
     }

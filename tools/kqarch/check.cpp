@@ -84,6 +84,12 @@ class checker {
         verdict_.result = outcome::would_not_start;
     }
 
+    void refuse_lines(const refused_lines& refused) {
+        refuse(refused.first, refused.first.front().code);
+        verdict_.errors += refused.more;
+        out_.leave_out(file_.path(), refused.more);
+    }
+
     void check_config() {
         if (instance_.config_missing()) {
             if (!check_absent_config()) return;
@@ -91,9 +97,8 @@ class checker {
             return give_up(unreadable(file_.path(), code));
         }
         seen_ = true;
-        std::vector<diagnostic> refused = load(file_);
-        if (!refused.empty()) {
-            refuse(refused, refused.front().code);
+        if (refused_lines refused = load(file_); !refused.empty()) {
+            refuse_lines(refused);
             return report(doubts_of_mode(file_));
         }
         check_rules();

@@ -134,8 +134,10 @@ class node_reader {
             note(unreadable(open_.config_file(), code).found);
             return exit_failed;
         }
-        for (const diagnostic& one : load(node_.file))
+        refused_lines refused = load(node_.file);
+        for (const diagnostic& one : refused.first)
             note(one);
+        out_.leave_out(node_.file.path(), refused.more);
         if (!why_.empty()) return exit_refused;
         warn_unless_it_starts();
         return exit_good;

@@ -101,13 +101,16 @@ void config_file::learn_passwords() {
         ulint type = arch_cfg_get_arch_type_by_name(line.value.c_str());
         if (has_directory(type)) path_sections_.insert(line.section_line);
     }
-    std::vector<std::string> texts;  // of the whole lines, where one of them is bad
+    std::string_view rest = text();
+    ulint first_of_rest = 1;
+    auto whole = [&](const config_line& line) {
+        for (; first_of_rest < line.number; ++first_of_rest)
+            rest.remove_prefix(rest.find('\n') + 1);
+        return rest.substr(0, rest.find('\n'));
+    };
     for (const config_line& line : lines_) {
         passwords_.learn(line.key, text_place::other);
-        if (line.kind == KQ_INI_BAD) {
-            if (texts.empty()) texts = split(text(), '\n');
-            passwords_.learn(texts.at(line.number - 1), text_place::line);
-        }
+        if (line.kind == KQ_INI_BAD) passwords_.learn(whole(line), text_place::line);
         if (line.kind != KQ_INI_KEY) continue;
         passwords_.learn(line.value, place_of(line));
         // A "=" inside a password tears it apart where "ARCH_DEST =" is missing.

@@ -45,9 +45,10 @@ class rewriter {
     exit_status run() {
         if (kqcode_t code = file_.read(open_.config_file()); code < 0)
             return stop(unreadable(open_.config_file(), code));
-        std::vector<diagnostic> refused = load(file_);
-        for (const diagnostic& one : refused)
+        refused_lines refused = load(file_);
+        for (const diagnostic& one : refused.first)
             out_.report(one);
+        out_.leave_out(file_.path(), refused.more);
         if (!refused.empty()) return exit_refused;
         settle_defaults();
         if (!write_text()) return exit_failed;

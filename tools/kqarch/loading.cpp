@@ -31,7 +31,7 @@ class loader {
         return 0;
     }
 
-    std::vector<diagnostic> refused() && {
+    refused_lines refused() && {
         if (thrown_) std::rethrow_exception(thrown_);
         return std::move(refused_);
     }
@@ -86,18 +86,16 @@ class loader {
         return current_ == &stand_in_ && code == ARCH_E_DEST_EXISTS;
     }
 
-    // What is beyond what is told of a file is only counted: each line of it may be refused.
     void refuse(const config_line& line, kqcode_t code, const std::string& said = "") {
-        constexpr size_t most_described = 100;
-        if (refused_.size() < most_described)
-            refused_.push_back(describe({line, current_, code, said}, file_));
+        if (refused_.size() < most_of_a_file)
+            refused_.first.push_back(describe({line, current_, code, said}, file_));
         else
-            refused_.push_back({.file = file_.path(), .line = line.number, .code = code});
+            ++refused_.more;
     }
 
     const config_file& file_;
     output_taken taken_;
-    std::vector<diagnostic> refused_;
+    refused_lines refused_;
     std::exception_ptr thrown_;
     bool has_read_ = false;
     arch_cfg_t* current_ = nullptr;
@@ -108,7 +106,7 @@ class loader {
 }  // namespace
 
 // Inside start-up each section and destination is known to be new without a walk over all.
-std::vector<diagnostic> load(const config_file& file) {
+refused_lines load(const config_file& file) {
     loader loading(file);
     arch_cfg_sys_destroy();
     kq_ini_read_arch_by(loader::read_for_start_up, &loading);

@@ -9,8 +9,16 @@
 #include "config_file.h"
 #include "output.h"
 
-// The refused lines, in file order: the server's reader stops at the first. What is refused only
-// because of an earlier refusal is left out.
-std::vector<diagnostic> load(const config_file& file) KQ_EXCLUDES(arch_cfg_sys.mutex);
+// In file order: the server's reader stops at the first. What is refused only because of an earlier
+// refusal is left out.
+struct refused_lines {
+    std::vector<diagnostic> first = {};  // as many as are told of a file
+    size_t more = 0;                     // each line of a file may be refused
+
+    bool empty() const { return first.empty(); }
+    size_t size() const { return first.size() + more; }
+};
+
+refused_lines load(const config_file& file) KQ_EXCLUDES(arch_cfg_sys.mutex);
 
 #endif

@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdio>
+#include <new>
 
 #include "arguments.h"
 
@@ -22,5 +24,10 @@ int main(int count, char** words) {
     complete_descriptors();
     // A write beyond the limit of file sizes is told by its result.
     (void)std::signal(SIGXFSZ, SIG_IGN);
-    return command_line().run(count, words);
+    try {
+        return command_line().run(count, words);
+    } catch (const std::bad_alloc&) {
+        (void)std::fputs("kqarch: error: out of memory\n", stderr);
+        return exit_failed;
+    }
 }

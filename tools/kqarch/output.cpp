@@ -14,8 +14,6 @@
 
 namespace {
 
-constexpr size_t most_of_a_file = 100;
-
 const char* colour_of(severity level) {
     if (level == severity::error) return "\033[1;31m";
     return level == severity::warning ? "\033[1;35m" : "\033[1;36m";

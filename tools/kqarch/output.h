@@ -22,6 +22,8 @@
 #include "diagnostic.h"
 #include "output_form.h"
 
+constexpr size_t most_of_a_file = 100;  // findings that are told
+
 class output {
   public:
     output(std::string command, const output_form& form);
@@ -48,6 +50,9 @@ class output {
 
     // Of one file the first hundred are told, and then in a note how many more there are.
     void report(const diagnostic& found);
+
+    // Counts among those of a file what is not even handed in.
+    void leave_out(const std::string& file, size_t count) { reported_[file] += count; }
 
     // Reports an error that belongs to no line and no code, and returns `status`.
     exit_status fail(exit_status status, std::string text, std::string file = {},

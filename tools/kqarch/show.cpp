@@ -117,19 +117,19 @@ void warn_of_refusal(const instance& open, const diagnostic& first, size_t refus
 }
 
 // Validates after the settings were shown: validation fills in defaults.
-void show_validity(const instance& open, const config_file& file,
-                   const std::vector<diagnostic>& refused, output& out) {
+void show_validity(const instance& open, const config_file& file, const refused_lines& refused,
+                   output& out) {
     os_set_dry_run(1);
     validation result = refused.empty() ? validate(file, {}) : validation{};
     os_set_dry_run(0);
     bool valid = refused.empty() && result.code == 0;
-    kqcode_t code = refused.empty() ? result.code : refused.front().code;
+    kqcode_t code = refused.empty() ? result.code : refused.first.front().code;
     out.set("valid", valid);
     out.set("code", code);
     out.set("refused_lines", refused.size());
     if (valid) return;
     // The verdict's own failure, where the destinations before it have others.
-    const std::vector<diagnostic>& found = refused.empty() ? result.failures : refused;
+    const std::vector<diagnostic>& found = refused.empty() ? result.failures : refused.first;
     const diagnostic* first = &found.front();
     for (const diagnostic& one : found)
         if (first->code != code && one.code == code) first = &one;
@@ -159,7 +159,7 @@ exit_status run_show(const std::string& directory, output& out) {
                     .file = open.config_file(),
                     .text = std::string("does not exist") +
                             (open.archiving() ? "; the server would create it empty" : "")});
-    std::vector<diagnostic> refused = load(file);
+    refused_lines refused = load(file);
     show_instance(open, out);
     {
         arch_cfg_hold hold;

@@ -14,10 +14,10 @@ const diagnostic& startup::decisive() const {
 startup start_up(const config_file& file) {
     arch_cfg_sys_destroy();
     arch_cfg_sys_init_env();
-    std::vector<diagnostic> refused = load(file);
+    refused_lines refused = load(file);
     if (!refused.empty()) {
-        kqcode_t code = refused.front().code;
-        return {code, false, std::move(refused)};
+        kqcode_t code = refused.first.front().code;
+        return {code, false, std::move(refused.first)};
     }
     dry_run nothing_is_created;
     validation result = validate(file, {});

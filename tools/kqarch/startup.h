@@ -22,7 +22,7 @@ class dry_run {
 struct startup {
     kqcode_t code = 0;                      // what start-up would return
     bool loads = true;                      // no line is refused
-    std::vector<diagnostic> problems = {};  // the refused lines, or else the failed rules
+    std::vector<diagnostic> problems = {};  // the first refused lines, or else the failed rules
 
     // The problem that has start-up's code; there is one when the code is negative.
     const diagnostic& decisive() const;
