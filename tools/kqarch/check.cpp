@@ -69,8 +69,8 @@ class checker {
     void give_up(const problem& found) {
         tell(found.found);
         verdict_.code = found.found.code;
-        verdict_.result =
-            found.status == exit_failed ? outcome::not_checked : outcome::would_not_start;
+        bool unknown = found.status == exit_failed && !found.stops_server;
+        verdict_.result = unknown ? outcome::not_checked : outcome::would_not_start;
     }
 
     void report(const std::vector<diagnostic>& found) {

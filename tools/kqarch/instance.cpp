@@ -106,7 +106,8 @@ exit_status status_of(kqcode_t code) {
 }
 
 problem unreadable(const std::string& path, kqcode_t code) {
-    diagnostic found{.file = path, .code = code};
+    problem why{exit_failed, {.file = path, .code = code}};
+    diagnostic& found = why.found;
     struct stat status {};
     if (code == ARCH_E_OUT_OF_MEMORY) {
         found.text = "there is no memory to read it";
@@ -114,6 +115,7 @@ problem unreadable(const std::string& path, kqcode_t code) {
         found.text = std::string(cannot_be_read) + ": " + std::strerror(errno);
         found.hint = hint_for_missing(path, errno);
     } else if (!S_ISREG(status.st_mode)) {
+        why.stops_server = true;
         found.text = "is no regular file";
         found.hint = "Put a regular file in its place: the server does not start with this one.";
     } else {
@@ -121,7 +123,7 @@ problem unreadable(const std::string& path, kqcode_t code) {
         found.text = cannot_be_read + (readable ? "" : std::string(": ") + std::strerror(errno));
     }
     if (found.hint.empty()) found.hint = hint_for(code, "");
-    return {exit_failed, found};
+    return why;
 }
 
 instance::instance(const std::string& directory) : directory_(without_end_slashes(directory)) {

@@ -13,6 +13,7 @@
 struct problem {
     exit_status status;
     diagnostic found;
+    bool stops_server = false;  // surely, whoever it runs as
 };
 
 // One instance is open at a time.
