@@ -74,6 +74,7 @@ constexpr const char* commands[] = {
     "--quiet good warned bad missing hostile broken other",
     "--probe {dir}/warned",
     "--nonsense good",
+    "good ''",
     "",
 };
 

@@ -96,6 +96,13 @@ void check_numbers(CLI::App& app) {
         check_numbers(*command);
 }
 
+// Of every command: a file in a directory without a name would be one of the root's.
+void check_directories(const CLI::App& command) {
+    const CLI::Option* given = command.get_option_no_throw("DIR");
+    if (given != nullptr && std::ranges::count(given->results(), "") > 0)
+        throw CLI::ValidationError("DIR is empty");
+}
+
 std::vector<std::string> names_of(const CLI::App& app) {
     std::vector<std::string> names;
     for (const CLI::App* command : app.get_subcommands(nullptr))
@@ -159,9 +166,10 @@ int command_line::run(int count, char** words) {
         if (runs_.empty()) add_commands("");
         check_numbers(app_);
         app_.parse(count, words);
-        std::string name = app_.get_subcommands().front()->get_name();
-        out.set_command(name);
-        return out.finish(runs_.at(name)(out));
+        const CLI::App& command = *app_.get_subcommands().front();
+        check_directories(command);
+        out.set_command(command.get_name());
+        return out.finish(runs_.at(command.get_name())(out));
     } catch (const CLI::Success& asked) {
         app_.exit(asked);
         return std::cout.flush() ? exit_good : exit_failed;

@@ -212,8 +212,6 @@ class initialiser {
 exit_status run_init(const init_options& options, output& out) {
     for (const char* field : {"kind", "instances", "files", "next"})
         out.set(field, nullptr);
-    if (options.directory.empty())
-        return out.fail(exit_usage, "DIR is empty", "", "Give a new or empty directory.");
     held_signals until_written;
     return initialiser(options, out).run();
 }
