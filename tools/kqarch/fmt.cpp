@@ -96,7 +96,7 @@ class rewriter {
 
     exit_status print() {
         std::string text = without_passwords(text_);
-        out_.print(text);
+        out_.print_data(text);
         if (text != text_)
             out_.report({.level = severity::note,
                          .file = file_.path(),

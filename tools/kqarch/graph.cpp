@@ -84,7 +84,7 @@ exit_status run_graph(const graph_options& options, output& out) {
     if (all.nodes.empty()) return status;
     graph drawn = graph_of(all);
     for (const format_row& row : format_rows)
-        if (options.format == row.name && row.draw != nullptr) out.print(row.draw(drawn));
+        if (options.format == row.name && row.draw != nullptr) out.print_data(row.draw(drawn));
     if (options.format == format_rows[0].name) print_ascii(drawn, out);
     return status == exit_good && !drawn.problems.empty() ? exit_refused : status;
 }

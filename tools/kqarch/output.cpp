@@ -40,6 +40,7 @@ void write_line(const diagnostic& found) {
                     STDERR_FILENO);
     line += ": " + visible(found.text) + "\n";
     if (!found.hint.empty()) line += "  hint: " + visible(found.hint) + "\n";
+    line = with_unseen_shown(line);
     std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
@@ -49,7 +50,11 @@ output::output(std::string command, const output_form& form)
     : form_(&form), said_{.command = std::move(command)} {}
 
 void output::print(std::string_view text) {
-    if (as_text()) write(text);
+    if (as_text()) write(with_unseen_shown(text));
+}
+
+void output::print_data(std::string_view data) {
+    if (as_text()) write(data);
 }
 
 // Written at once: later its reason would not be known.

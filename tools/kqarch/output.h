@@ -38,6 +38,9 @@ class output {
     // A piece of text for standard output; nothing in another form.
     void print(std::string_view text);
 
+    // The same, byte for byte: what a program reads.
+    void print_data(std::string_view data);
+
     // The same with a line feed, in bold on a terminal.
     void print_heading(std::string_view text);
 

@@ -32,7 +32,7 @@ std::string plugin_text(std::string_view text) {
     std::string escaped;
     for (char letter : text)
         escaped += letter == '|' ? "\\x7c" : letter == '\\' ? "\\x5c" : std::string(1, letter);
-    escaped = visible(escaped);
+    escaped = with_unseen_shown(visible(escaped));
     if (escaped.size() <= longest_text) return escaped;
     size_t end = longest_text;
     while ((escaped[end] & '\xc0') == '\x80')

@@ -40,8 +40,8 @@ exit_status run_peer_export(const std::string& directory, bool envelope, output&
     for (const auto& [field, value] : document.items())
         if (field != "schema_version") out.set(field, value);
     if (envelope)
-        out.print(document.dump(2, ' ', false, json::error_handler_t::replace) + "\n");
+        out.print_data(document.dump(2, ' ', false, json::error_handler_t::replace) + "\n");
     else
-        out.print({reinterpret_cast<const char*>(node->message.data()), node->message.size()});
+        out.print_data({reinterpret_cast<const char*>(node->message.data()), node->message.size()});
     return exit_good;
 }

@@ -69,14 +69,29 @@ bool steers(char32_t code) {
            (code >= 0x2066 && code <= 0x2069);
 }
 
-}  // namespace
+struct code_range {
+    char32_t first;
+    char32_t last;
+};
 
-std::string visible(std::string_view text) {
+constexpr code_range unseen_ranges[] = {
+    {0xa0, 0xa0},     {0xad, 0xad},      {0x34f, 0x34f},   {0x61c, 0x61c},   {0x115f, 0x1160},
+    {0x1680, 0x1680}, {0x180b, 0x180f},  {0x2000, 0x200f}, {0x2028, 0x202f}, {0x205f, 0x206f},
+    {0x2800, 0x2800}, {0x3000, 0x3000},  {0x3164, 0x3164}, {0xfeff, 0xfeff}, {0xffa0, 0xffa0},
+    {0xfff9, 0xfffb}, {0xe0000, 0xe007f}};
+
+bool is_unseen(char32_t code) {
+    return std::ranges::any_of(unseen_ranges, [code](const code_range& range) {
+        return code >= range.first && code <= range.last;
+    });
+}
+
+std::string revealed(std::string_view text, bool (*is_hidden)(char32_t)) {
     static constexpr char digits[] = "0123456789abcdef";
     std::string shown;
     while (!text.empty()) {
         auto [code, length] = first_character(text);
-        bool shows = !steers(code);
+        bool shows = !is_hidden(code);
         for (char letter : text.substr(0, length)) {
             auto value = static_cast<unsigned char>(letter);
             if (shows)
@@ -87,6 +102,16 @@ std::string visible(std::string_view text) {
         text.remove_prefix(length);
     }
     return shown;
+}
+
+}  // namespace
+
+std::string visible(std::string_view text) {
+    return revealed(text, steers);
+}
+
+std::string with_unseen_shown(std::string_view text) {
+    return revealed(text, is_unseen);
 }
 
 std::string shell_word(std::string_view text) {
@@ -146,8 +171,8 @@ std::string time_text(std::time_t time) {
 }
 
 size_t display_width(std::string_view text) {
-    return static_cast<size_t>(std::count_if(
-        text.begin(), text.end(), [](char letter) { return (letter & '\xc0') != '\x80'; }));
+    return static_cast<size_t>(std::ranges::count_if(
+        with_unseen_shown(text), [](char letter) { return (letter & '\xc0') != '\x80'; }));
 }
 
 std::vector<std::string> close_names(std::string_view word, const std::vector<std::string>& names) {

@@ -12,6 +12,9 @@
 // byte that is no UTF-8 shown as \xNN: it keeps to one line and cannot steer a terminal.
 std::string visible(std::string_view text);
 
+// The same for those that nobody sees or can tell from a blank, in a text for people.
+std::string with_unseen_shown(std::string_view text);
+
 // Of a line of kqarch.ini without the blanks before it.
 inline bool is_comment(std::string_view line) {
     return line.starts_with('#') || line.starts_with(';');
@@ -35,7 +38,7 @@ bool same_text(std::string_view left, std::string_view right);
 // "2026-01-31T12:00:00Z"
 std::string time_text(std::time_t time);
 
-// How many places a text takes on a terminal, a character of UTF-8 being one.
+// How many places a text takes where it is printed, a character of UTF-8 being one.
 size_t display_width(std::string_view text);
 
 // The names that could have been meant by `word`, nearest first, at most three; ignoring case.
