@@ -34,7 +34,7 @@ problem no_backup(const instance& open, lint64 number) {
              .code = ARCH_E_BACKUP,
              .text = "cannot be read: " + reason_text(),
              .hint = there.empty() ? "There are no backups here."
-                                   : "The backups here are " + join(there, ", ") + "."}};
+                                   : "The backups here are " + first_of(there) + "."}};
 }
 
 std::optional<std::string> read_backup(const instance& open, lint64 number) {
@@ -125,15 +125,11 @@ json as_document(const listed_backup& found) {
 }
 
 void tell_of_mistaken(const instance& open, output& out) {
-    constexpr size_t shown = 5;
     std::vector<std::string> names = mistaken_for_backups(open.directory());
     if (names.empty()) return;
-    size_t more = names.size() > shown ? names.size() - shown : 0;
-    names.resize(names.size() - more);
     out.report({.level = severity::note,
                 .file = open.directory(),
-                .text = "no backups, by their names: " + join(names, ", ") +
-                        (more > 0 ? " and " + std::to_string(more) + " more" : ""),
+                .text = "no backups, by their names: " + first_of(names, 5),
                 .hint = "A backup's name is kqarch_bak_NUMBER.log, the number decimal and without "
                         "zeros in front."});
 }

@@ -89,7 +89,7 @@ std::string hint_for_missing(const std::string& path, int reason) {
     std::vector<std::string> instances = instances_in(file.parent_path());
     return instances.empty()
                ? "Give the directory of an instance, which holds kq.ini; `kqarch init` writes one."
-               : "Give an instance of the group: " + join(instances, ", ") + ".";
+               : "Give an instance of the group: " + first_of(instances) + ".";
 }
 
 // What is given in the place of a directory may be a connection text.

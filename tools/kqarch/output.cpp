@@ -34,11 +34,18 @@ std::string code_label(kqcode_t code) {
     return code == 0 ? "" : "[" + code_text(code) + "]";
 }
 
+// A key may be as long as its file.
+std::string with_short_key(std::string text, const std::string& key) {
+    constexpr size_t longest_key = 80;
+    size_t at = key.size() > longest_key ? text.find(key) : text.npos;
+    return at == text.npos ? text : text.replace(at, key.size(), shortened(key, longest_key));
+}
+
 void write_line(const diagnostic& found) {
     std::string line = painted(visible(place_of(found)), "\033[1m", STDERR_FILENO) + ": ";
     line += painted(name_of(found.level) + code_label(found.code), colour_of(found.level),
                     STDERR_FILENO);
-    line += ": " + visible(found.text) + "\n";
+    line += ": " + visible(with_short_key(found.text, found.key)) + "\n";
     if (!found.hint.empty()) line += "  hint: " + visible(found.hint) + "\n";
     line = with_unseen_shown(line);
     std::fwrite(line.data(), 1, line.size(), stderr);

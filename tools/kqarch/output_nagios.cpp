@@ -32,12 +32,7 @@ std::string plugin_text(std::string_view text) {
     std::string escaped;
     for (char letter : text)
         escaped += letter == '|' ? "\\x7c" : letter == '\\' ? "\\x5c" : std::string(1, letter);
-    escaped = with_unseen_shown(visible(escaped));
-    if (escaped.size() <= longest_text) return escaped;
-    size_t end = longest_text;
-    while ((escaped[end] & '\xc0') == '\x80')
-        --end;
-    return escaped.substr(0, end) + "...";
+    return shortened(with_unseen_shown(visible(escaped)), longest_text);
 }
 
 std::string performance_data(const account& said) {

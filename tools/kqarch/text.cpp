@@ -135,6 +135,19 @@ std::string join(const std::vector<std::string>& pieces, std::string_view separa
     return joined;
 }
 
+std::string first_of(std::vector<std::string> names, size_t most) {
+    size_t more = names.size() > most ? names.size() - most : 0;
+    names.resize(names.size() - more);
+    return join(names, ", ") + (more > 0 ? " and " + std::to_string(more) + " more" : "");
+}
+
+std::string shortened(std::string text, size_t longest) {
+    if (text.size() <= longest) return text;
+    while ((text[longest] & '\xc0') == '\x80')
+        --longest;
+    return text.substr(0, longest) + "...";
+}
+
 std::vector<std::string> split(std::string_view text, char separator) {
     std::vector<std::string> pieces;
     for (size_t end = text.find(separator); end != text.npos; end = text.find(separator)) {

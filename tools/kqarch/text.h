@@ -25,6 +25,12 @@ std::string shell_word(std::string_view text);
 
 std::string join(const std::vector<std::string>& pieces, std::string_view separator);
 
+// Of names that may be many: "A, B and 7 more".
+std::string first_of(std::vector<std::string> names, size_t most = 8);
+
+// A text that is longer than that, cut between characters and with "..." behind.
+std::string shortened(std::string text, size_t longest);
+
 std::vector<std::string> split(std::string_view text, char separator);
 
 // "1 file", "2 files"; a noun that ends in y gets "ies".
