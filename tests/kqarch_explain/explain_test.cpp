@@ -42,6 +42,7 @@ TEST(explain, lists_everything_without_a_topic) {
     EXPECT_EQ(document["codes"].size(), all_codes().size());
     EXPECT_EQ(document["keys"].size(), all_keys().size());
     EXPECT_EQ(document["types"].size(), all_types().size());
+    EXPECT_EQ(document["findings"].size(), all_doubts().size());
 }
 
 TEST(explain, no_name_means_two_things) {

@@ -56,11 +56,12 @@ constexpr const char* fmt_footer =
     "  kqarch fmt --check db\n";
 
 constexpr const char* explain_footer =
-    "\nWithout a topic every code, key and type is listed.\n"
+    "\nWithout a topic every code, key and type is listed, and what check finds beside codes.\n"
     "\nExamples:\n"
     "  kqarch explain -808\n"
     "  kqarch explain ARCH_SEND_DELAY\n"
-    "  kqarch explain REALTIME\n";
+    "  kqarch explain REALTIME\n"
+    "  kqarch explain key-twice\n";
 
 void add_init(command_line& commands) {
     auto given = std::make_shared<init_options>();
@@ -114,7 +115,8 @@ void add_explain(command_line& commands) {
     CLI::App& explain =
         commands.add("explain", "Explain a result code, a key or a type", explain_footer,
                      [topic](output& out) { return run_explain(out, *topic); });
-    explain.add_option("TOPIC", *topic, "A code by number or name, a key or a type");
+    explain.add_option("TOPIC", *topic,
+                       "A code by number or name, a key, a type, or a rule of SARIF");
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ struct code_entry {
 
 // What `kqarch check` finds beside what the server refuses with a code.
 struct doubt_entry {
-    std::string_view name;
+    const char* name;
     const char* meaning;
     const char* remedy;
 };
@@ -62,10 +62,11 @@ struct type_entry {
 std::span<const code_entry> all_codes();
 std::span<const key_entry> all_keys();
 std::span<const type_entry> all_types();
+std::span<const doubt_entry> all_doubts();
 
-const code_entry* find_code(kqcode_t code);  // also one that the module only passes on
-const doubt_entry* find_doubt(std::string_view name);
-const key_entry* find_key(std::string_view name);    // ignoring case
-const type_entry* find_type(std::string_view name);  // ignoring case; MARCH too
+const code_entry* find_code(kqcode_t code);            // also one that the module only passes on
+const doubt_entry* find_doubt(std::string_view name);  // ignoring case
+const key_entry* find_key(std::string_view name);      // ignoring case
+const type_entry* find_type(std::string_view name);    // ignoring case; MARCH too
 
 #endif

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "catalogue.h"
+#include "text.h"
 
 namespace {
 
@@ -33,12 +34,17 @@ constexpr doubt_entry doubt_entries[] = {
      "Check as the user that the server runs as."},
     {"left-out", "A file has more findings than are shown.",
      "Correct those that are shown, and check again."},
+    {"other", "Something else is wrong.", "See the message."},
 };
 
 }  // namespace
 
+std::span<const doubt_entry> all_doubts() {
+    return doubt_entries;
+}
+
 const doubt_entry* find_doubt(std::string_view name) {
-    auto found = std::find_if(std::begin(doubt_entries), std::end(doubt_entries),
-                              [name](const doubt_entry& entry) { return entry.name == name; });
+    auto found = std::ranges::find_if(
+        doubt_entries, [name](const doubt_entry& entry) { return same_text(entry.name, name); });
     return found != std::end(doubt_entries) ? found : nullptr;
 }

@@ -27,7 +27,7 @@ struct diagnostic {
     std::string key = {};
     std::string text = {};
     std::string hint = {};
-    const char* rule = "";  // of `kqarch check`, where there is no code: see find_doubt
+    const char* rule = "other";  // of `kqarch check`, where there is no code: see find_doubt
 };
 
 // "-808 ARCH_E_INVALID_DEST".

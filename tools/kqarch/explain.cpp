@@ -118,6 +118,12 @@ void print_entry(output& out, const type_entry& type) {
         print_item(out, "  " + std::to_string(rule.code), rule.sentence);
 }
 
+void print_entry(output& out, const doubt_entry& entry) {
+    out.print_heading(entry.name);
+    print_item(out, "meaning", entry.meaning);
+    print_item(out, "remedy", entry.remedy);
+}
+
 json text_or_null(const char* text) {
     return *text == '\0' ? json() : json(text);
 }
@@ -158,6 +164,10 @@ json document_of(const type_entry& type) {
             {"rules", rules}};
 }
 
+json document_of(const doubt_entry& entry) {
+    return {{"name", entry.name}, {"meaning", entry.meaning}, {"remedy", entry.remedy}};
+}
+
 template <typename entry_type>
 void explain_one(output& out, const char* field, const entry_type& entry) {
     print_entry(out, entry);
@@ -191,9 +201,14 @@ void list_all(output& out) {
         print_item(
             out, padded(std::to_string(entry.code), 6) + padded(std::string(short_name(entry)), 26),
             entry.meaning);
+    out.print("\n");
+    out.print_heading("What check finds beside them");
+    for (const doubt_entry& entry : all_doubts())
+        print_item(out, padded(entry.name, 30), entry.meaning);
     out.set("codes", documents_of(all_codes()));
     out.set("keys", documents_of(all_keys()));
     out.set("types", documents_of(all_types()));
+    out.set("findings", documents_of(all_doubts()));
 }
 
 std::vector<std::string> every_name() {
@@ -206,6 +221,8 @@ std::vector<std::string> every_name() {
         names.emplace_back(entry.name);
         names.emplace_back(short_name(entry));
     }
+    for (const doubt_entry& entry : all_doubts())
+        names.emplace_back(entry.name);
     return names;
 }
 
@@ -215,7 +232,7 @@ exit_status run_explain(output& out, const std::string& topic) {
     // No topic has a "/": what follows one may be a password that was pasted.
     std::string shown = hide_password(topic, text_place::subscriber);
     out.set("topic", topic.empty() ? json() : json(visible(shown)));
-    for (const char* field : {"codes", "keys", "types"})
+    for (const char* field : {"codes", "keys", "types", "findings"})
         out.set(field, json::array());
     if (topic.empty()) {
         list_all(out);
@@ -227,6 +244,8 @@ exit_status run_explain(output& out, const std::string& topic) {
         explain_one(out, "keys", *key);
     } else if (const type_entry* type = find_type(topic)) {
         explain_one(out, "types", *type);
+    } else if (const doubt_entry* doubt = find_doubt(topic)) {
+        explain_one(out, "findings", *doubt);
     } else {
         std::string meant = did_you_mean(topic, every_name());
         if (meant.empty()) meant = "\"kqarch explain\" alone lists every code, key and type.";

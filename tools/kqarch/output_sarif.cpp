@@ -20,9 +20,8 @@ struct rule_text {
 rule_text rule_of(const diagnostic& found) {
     if (const code_entry* entry = find_code(found.code))
         return {entry->name, entry->meaning, entry->cause, entry->remedy};
-    if (const doubt_entry* entry = find_doubt(found.rule))
-        return {std::string(entry->name), entry->meaning, entry->meaning, entry->remedy};
-    return {"other", "Something else is wrong.", "None of the other rules.", "See the message."};
+    const doubt_entry* entry = find_doubt(found.rule);
+    return {entry->name, entry->meaning, entry->meaning, entry->remedy};
 }
 
 json as_text_object(const std::string& text) {
