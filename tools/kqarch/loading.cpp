@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "capture.h"
+#include "ini.h"
 #include "kq_instance.h"
 #include "refusal.h"
 #include "text.h"
@@ -14,17 +15,12 @@ class loader {
   public:
     explicit loader(const config_file& file) : file_(file) {}
 
-    void read() {
-        if (std::exchange(has_read_, true)) return;
-        for (const config_line& line : file_.lines())
-            take(line);
-    }
-
     // What start-up has read the file by, through whose frames nothing may be thrown.
-    static kqcode_t read_for_start_up(void* self) noexcept {
+    static kqcode_t read(void* self) noexcept {
         auto* reader = static_cast<loader*>(self);
         try {
-            reader->read();
+            for (const config_line& line : reader->file_.lines())
+                reader->take(line);
         } catch (...) {
             reader->thrown_ = std::current_exception();
         }
@@ -97,7 +93,6 @@ class loader {
     output_taken taken_;
     refused_lines refused_;
     std::exception_ptr thrown_;
-    bool has_read_ = false;
     arch_cfg_t* current_ = nullptr;
     arch_cfg_t stand_in_{};  // takes the keys of a section that does not exist
     bool type_refused_ = false;
@@ -105,13 +100,16 @@ class loader {
 
 }  // namespace
 
-// Inside start-up each section and destination is known to be new without a walk over all.
+// Inside start-up each section and destination is known to be new without a walk over all. It reads
+// nothing where archiving is off.
 refused_lines load(const config_file& file) {
     loader loading(file);
     arch_cfg_sys_destroy();
-    kq_ini_read_arch_by(loader::read_for_start_up, &loading);
+    ulint archiving = ini_get_value(0, ini_index_arch_flag);
+    ini_set_value(ini_index_arch_flag, 1);
+    kq_ini_read_arch_by(loader::read, &loading);
     arch_cfg_sys_init_with_check("", 0, 0, 0);
     kq_ini_read_arch_by(nullptr, nullptr);
-    loading.read();  // where archiving is off start-up has not
+    ini_set_value(ini_index_arch_flag, archiving);
     return std::move(loading).refused();
 }
