@@ -37,6 +37,9 @@ constexpr const char* prelude =
     "    test $(printf '%s\\n' $statuses | uniq | wc -l) -eq 1 || echo \"statuses$statuses\"\n"
     "    return ${statuses##* }\n"
     "}\n"
+    // The exit code, how many diagnostics and which fields a JSON document has.
+    "json() { eval \"kqarch $1\" | jq -c '[.exit_code, (.diagnostics | length)] + keys_unsorted'; "
+    "}\n"
     // kqmal.ini for the instances named; KQ2 has an address.
     "mal() {\n"
     "    for name; do\n"

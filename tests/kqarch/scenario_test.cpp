@@ -123,14 +123,6 @@ class scenario {
     std::string seen_;
 };
 
-std::vector<fs::path> scenario_files() {
-    std::vector<fs::path> files;
-    for (const auto& entry : fs::directory_iterator(KQARCH_SCENARIOS))
-        if (entry.path().extension() == ".txt") files.push_back(entry.path());
-    std::sort(files.begin(), files.end());
-    return files;
-}
-
 class kqarch_scenario : public testing::TestWithParam<fs::path> {};
 
 TEST_P(kqarch_scenario, prints_what_it_should) {
@@ -140,7 +132,8 @@ TEST_P(kqarch_scenario, prints_what_it_should) {
     EXPECT_EQ(expected, seen);
 }
 
-INSTANTIATE_TEST_SUITE_P(, kqarch_scenario, testing::ValuesIn(scenario_files()),
+INSTANTIATE_TEST_SUITE_P(, kqarch_scenario,
+                         testing::ValuesIn(test_support::scenario_files(KQARCH_SCENARIOS)),
                          [](const auto& info) { return info.param.stem().string(); });
 
 }  // namespace

@@ -35,11 +35,6 @@ std::string get_name(const context& call) {
     return name;
 }
 
-std::string name_prefix(const context& call) {
-    const schar* prefix = arch_cfg_name_pre[call.number(0)];
-    return prefix ? prefix : "null";
-}
-
 std::string destinations_of_type(const context& call) {
     sysname_t destinations[32];
     usint count = 99;
@@ -63,11 +58,6 @@ std::string split_list(const context& call) {
     }
     if (list != call.argument(0)) pieces += "the list was changed";
     return pieces.substr(0, pieces.find_last_not_of(' ') + 1);
-}
-
-std::string set_dest(const context& call) {
-    arch_cfg_set_dest(record_of(call, 0), call.text(1));
-    return record_of(call, 0)->dest;
 }
 
 // What a writer of a section, or of the settings, appends.
@@ -151,9 +141,14 @@ const command_table& call_commands() {
         {"arch_cfg_write_local_ini", appended<arch_cfg_write_local_ini>},
         {"arch_cfg_write_raft_ini", appended<arch_cfg_write_raft_ini>},
         {"arch_cfg_write_subscribe_ini", appended<arch_cfg_write_subscribe_ini>},
-        {"arch_cfg_name_pre", name_prefix},
+        {"arch_cfg_name_pre",
+         [](const context& call) { return shown(arch_cfg_name_pre[call.number(0)]); }},
         {"arch_cfg_get_arch_arr_by_type", destinations_of_type},
-        {"arch_cfg_set_dest", set_dest},
+        {"arch_cfg_set_dest",
+         [](const context& call) {
+             arch_cfg_set_dest(record_of(call, 0), call.text(1));
+             return shown(record_of(call, 0)->dest);
+         }},
         {"arch_cfg_calc_next_inst_dest", split_list},
         {"arch_cfg_create", create},
         {"arch_cfg_add_value", add_value},

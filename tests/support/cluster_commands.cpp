@@ -251,11 +251,6 @@ std::string paths(const context& call) {
     return text + "\n" + blocks.end();
 }
 
-std::string nodes(const context& call) {
-    ini_set_value(ini_index_hpc_node, call.number(0));
-    return "ok";
-}
-
 }  // namespace
 
 const command_table& cluster_commands() {
@@ -270,7 +265,8 @@ const command_table& cluster_commands() {
         {"arch_reset_cfg_changing", release_guard},
         {"arch_cfg_collect_inst_name", collect},
         {"rarch_cfg_arch_path_get", paths},
-        {"nodes", nodes},
+        {"nodes",
+         done<[](const context& call) { ini_set_value(ini_index_hpc_node, call.number(0)); }>},
         {"close_instance", bound<kq_instance_close>},
     };
     return table;

@@ -74,25 +74,6 @@ ulint key_index(const std::string& key) {
     return static_cast<ulint>(index);
 }
 
-std::string file(const command_context& context) {
-    write_file(context.argument(0), context.input);
-    return "ok";
-}
-
-std::string cat(const command_context& context) {
-    return folded(read_file(context.argument(0)));
-}
-
-std::string dir(const command_context& context) {
-    fs::create_directories(context.argument(0));
-    return "ok";
-}
-
-std::string link(const command_context& context) {
-    fs::create_symlink(context.argument(1), context.argument(0));
-    return "ok";
-}
-
 std::string remove(const command_context& context) {
     size_t removed = fs::remove_all(context.argument(0));
     return removed == 1 ? "ok" : "removed " + std::to_string(removed);
@@ -197,19 +178,18 @@ std::string read(const command_context& context) {
     return code_text(start_up(context, 0));
 }
 
-// write [exactly]
-std::string write(const command_context& context) {
-    return context.arguments.empty() ? folded(registry_text()) : registry_text();
-}
-
 }  // namespace
 
 const command_table& file_commands() {
     static const command_table table = {
-        {"file", file},
-        {"cat", cat},
-        {"dir", dir},
-        {"link", link},
+        {"file",
+         done<[](const command_context& call) { write_file(call.argument(0), call.input); }>},
+        {"cat", [](const command_context& call) { return folded(read_file(call.argument(0))); }},
+        {"dir",
+         done<[](const command_context& call) { fs::create_directories(call.argument(0)); }>},
+        {"link", done<[](const command_context& call) {
+             fs::create_symlink(call.argument(1), call.argument(0));
+         }>},
         {"remove", remove},
         {"exists", exists},
         {"instance", instance},
@@ -221,7 +201,7 @@ const command_table& file_commands() {
         {"start", start},
         {"load", load},
         {"read", read},
-        {"write", write},
+        {"write", [](const command_context&) { return folded(registry_text()); }},
     };
     return table;
 }

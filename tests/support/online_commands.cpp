@@ -253,10 +253,6 @@ std::string files(const context& call) {
     return text.empty() ? "none" : text;
 }
 
-std::string make_fifo(const context& call) {
-    return mkfifo(call.argument(0).c_str(), 0600) == 0 ? "ok" : "failed";
-}
-
 // chmod PATH MODE: the mode in octal.
 std::string change_mode(const context& call) {
     fs::permissions(call.argument(0),
@@ -279,7 +275,7 @@ const command_table& online_commands() {
         {"backup", bound<arch_file_gen_bak>},
         {"delete-backup", bound<arch_file_delete_bak>},
         {"files", files},
-        {"fifo", make_fifo},
+        {"fifo", [](const context& call) { return code_text(mkfifo(call.text(0), 0600)); }},
         {"chmod", change_mode},
     };
     return table;

@@ -33,18 +33,6 @@ std::string created(os_handle_t handle) {
     return handle == OS_HANDLE_INVALID ? "refused" : "ok";
 }
 
-// new_file PATH, or fill PATH SIZE for one of so many zeros.
-std::string create(const context& call) {
-    return created(os_file_create_normal(call.text(0)));
-}
-std::string fill(const context& call) {
-    return created(os_file_create_with_init(call.text(0), call.number(1), 4, 1));
-}
-
-std::string mode(const context& call) {
-    return mode_text(call.argument(0));
-}
-
 // What kq.ini gave.
 std::string kq_ini(const context&) {
     std::string text = shown(ini_get_instance_name()) + " port " +
@@ -74,10 +62,6 @@ std::string mal_entry(const mal_cfg_t* entry) {
            std::to_string(entry->inst_port);
 }
 
-std::string mal_find(const context& call) {
-    return mal_entry(mal_cfg_get_by_inst_name(call.text(0)));
-}
-
 std::string mal_all(const context&) {
     std::string text;
     mal_cfg_sys_enter();
@@ -85,11 +69,6 @@ std::string mal_all(const context&) {
         text += (i > 0 ? ", " : "") + mal_entry(&mal_cfg_sys_get()->mal_arr[i]);
     mal_cfg_sys_exit();
     return text.empty() ? "none" : text;
-}
-
-std::string timer_find(const context& call) {
-    const ntimer_cfg_t* timer = ntimer_cfg_find_by_name(call.text(0));
-    return shown(timer ? timer->name : nullptr);
 }
 
 std::string endpoints(kqcode_t (*list)(usint, byte*, byte*, byte*), usint group) {
@@ -156,12 +135,6 @@ std::string walk(const context& call) {
     return shown + (code == 0 && !shown.empty() ? "" : code_text(code));
 }
 
-// report LEVEL TEXT
-std::string report(const context& call) {
-    elog_report_ex(call.number(0), "%s", call.text(1));
-    return "ok";
-}
-
 // description CODE [PARAMETER]
 std::string description(const context& call) {
     schar text[512];
@@ -212,19 +185,29 @@ const command_table& platform_commands() {
         BOUND(os_set_dry_run),
         {"kq_strupr", changed<kq_strupr>},
         {"cut_path_end_dir", changed<cut_path_end_dir>},
-        {"new_file", create},
-        {"fill", fill},
-        {"mode", mode},
+        {"new_file",
+         [](const context& call) { return created(os_file_create_normal(call.text(0))); }},
+        {"fill",  // PATH SIZE: so many zeros
+         [](const context& call) {
+             return created(os_file_create_with_init(call.text(0), call.number(1), 4, 1));
+         }},
+        {"mode", [](const context& call) { return mode_text(call.argument(0)); }},
         {"kq_ini", kq_ini},
         {"key", key},
-        {"mal_find", mal_find},
+        {"mal_find",
+         [](const context& call) { return mal_entry(mal_cfg_get_by_inst_name(call.text(0))); }},
         {"mal_all", mal_all},
-        {"timer_find", timer_find},
+        {"timer_find",
+         [](const context& call) {
+             const ntimer_cfg_t* timer = ntimer_cfg_find_by_name(call.text(0));
+             return shown(timer ? timer->name : nullptr);
+         }},
         {"group", group},
         {"endpoint", endpoint},
         {"services", services},
         {"walk", walk},
-        {"report", report},
+        {"report",
+         done<[](const context& call) { elog_report_ex(call.number(0), "%s", call.text(1)); }>},
         {"description", description},
         {"login", login},
     };

@@ -106,18 +106,19 @@ std::string promote(const context& call) {
     return text;
 }
 
-std::string count_voters(const context&) {
-    arch_cfg_set_raft_cnt();
-    return "raft_cnt " + std::to_string(arch_cfg_get_raft_cnt());
-}
-
 }  // namespace
 
 const command_table& raft_commands() {
     static const command_table table = {
-        {"arch_cfg_add_learner_or_raft", add},     {"arch_cfg_delete_learner", delete_learner},
-        {"arch_cfg_change_to_new", change_to_new}, {"arch_cfg_change_learner_to_raft", promote},
-        {"arch_cfg_set_raft_cnt", count_voters},
+        {"arch_cfg_add_learner_or_raft", add},
+        {"arch_cfg_delete_learner", delete_learner},
+        {"arch_cfg_change_to_new", change_to_new},
+        {"arch_cfg_change_learner_to_raft", promote},
+        {"arch_cfg_set_raft_cnt",
+         [](const context&) {
+             arch_cfg_set_raft_cnt();
+             return "raft_cnt " + std::to_string(arch_cfg_get_raft_cnt());
+         }},
     };
     return table;
 }

@@ -55,10 +55,6 @@ std::string show(const command_context& context) {
     return text;
 }
 
-std::string count(const command_context&) {
-    return std::to_string(arch_cfg_sys.arch_lst.count);
-}
-
 // set NAME FIELD=VALUE...: NAME is a section's name, or sys for the settings.
 std::string set(const command_context& context) {
     arch_cfg_t* arch = find_record(arch_cfg_sys, context.argument(0));
@@ -110,7 +106,11 @@ std::string stores(const command_context& context) {
 
 const command_table& registry_commands() {
     static const command_table table = {
-        {"show", show}, {"count", count}, {"set", set}, {"stores", stores}};
+        {"show", show},
+        {"count",
+         [](const command_context&) { return std::to_string(arch_cfg_sys.arch_lst.count); }},
+        {"set", set},
+        {"stores", stores}};
     return table;
 }
 

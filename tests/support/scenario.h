@@ -65,6 +65,11 @@ struct step {
 std::vector<step> steps_of(const std::string& text);
 
 std::vector<std::string> split(const std::string& text, const std::string& separator);
+// The files under a directory, and each one's place there as a test's name.
+std::vector<std::filesystem::path> scenario_files(const std::filesystem::path& directory);
+std::string scenario_name(const std::filesystem::path& directory,
+                          const std::filesystem::path& path);
+
 std::vector<row> read_scenario(const std::filesystem::path& path);
 std::string write_scenario(const std::vector<row>& rows);
 
@@ -93,6 +98,13 @@ struct command_context {
 // A command prints what it found, one line or more.
 using command_function = std::string (*)(const command_context&);
 using command_table = std::map<std::string, command_function>;
+
+// A command that has nothing to tell.
+template <auto Act>
+std::string done(const command_context& call) {
+    Act(call);
+    return "ok";
+}
 
 // The commands by what they are about. Each table stands in a file of its own.
 const command_table& file_commands();

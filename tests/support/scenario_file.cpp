@@ -1,4 +1,5 @@
 // Reading and writing scenario files.
+#include <algorithm>
 #include <sstream>
 
 #include "support/scenario.h"
@@ -103,6 +104,21 @@ std::vector<step> steps_of(const std::string& text) {
     while (std::getline(lines, line))
         steps.back().input += input_lines(line.substr(input_indent.size()));
     return steps;
+}
+
+std::vector<std::filesystem::path> scenario_files(const std::filesystem::path& directory) {
+    std::vector<std::filesystem::path> files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(directory))
+        if (entry.path().extension() == ".txt") files.push_back(entry.path());
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+std::string scenario_name(const std::filesystem::path& directory,
+                          const std::filesystem::path& path) {
+    std::string name = path.lexically_relative(directory).replace_extension();
+    std::replace(name.begin(), name.end(), '/', '_');
+    return name;
 }
 
 std::vector<row> read_scenario(const std::filesystem::path& path) {
