@@ -4,6 +4,8 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
+#include <exception>
 #include <new>
 
 #include "arguments.h"
@@ -18,16 +20,28 @@ void complete_descriptors() {
             (void)open("/dev/null", descriptor == STDERR_FILENO ? O_WRONLY : O_RDONLY);
 }
 
+// A destructor may need memory too: what it throws nobody catches.
+[[noreturn]] void end_uncaught() {
+    try {
+        if (std::current_exception()) throw;
+    } catch (const std::bad_alloc&) {
+        (void)std::fputs("kqarch: error: out of memory\n", stderr);
+        std::_Exit(exit_failed);
+    } catch (...) {  // a fault of this program
+    }
+    std::abort();
+}
+
 }  // namespace
 
 int main(int count, char** words) {
     complete_descriptors();
     // A write beyond the limit of file sizes is told by its result.
     (void)std::signal(SIGXFSZ, SIG_IGN);
+    std::set_terminate(end_uncaught);
     try {
         return command_line().run(count, words);
     } catch (const std::bad_alloc&) {
-        (void)std::fputs("kqarch: error: out of memory\n", stderr);
-        return exit_failed;
+        end_uncaught();
     }
 }
