@@ -23,7 +23,7 @@ void complete_descriptors() {
 // A destructor may need memory too: what it throws nobody catches.
 [[noreturn]] void end_uncaught() {
     try {
-        if (std::current_exception()) throw;
+        if (std::exception_ptr thrown = std::current_exception()) std::rethrow_exception(thrown);
     } catch (const std::bad_alloc&) {
         (void)std::fputs("kqarch: error: out of memory\n", stderr);
         std::_Exit(exit_failed);

@@ -61,11 +61,11 @@ void output::print(std::string_view text) {
 }
 
 void output::print_data(std::string_view data) {
-    if (as_text()) write(data);
+    if (as_text()) write(std::string(data));
 }
 
 // Written at once: later its reason would not be known.
-void output::write(std::string_view text) {
+void output::write(const std::string& text) {
     bool written =
         std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
     if (!written && write_error_ == 0) write_error_ = errno;

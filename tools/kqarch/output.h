@@ -69,7 +69,7 @@ class output {
     int finish(exit_status status);
 
   private:
-    void write(std::string_view text);
+    void write(const std::string& text);
     void tell(const diagnostic& found);
     void report_left_out();
 
