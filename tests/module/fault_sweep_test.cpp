@@ -308,7 +308,8 @@ class fault_sweep : public testing::Test {
 
     void begin() {
         write_file("kqarch_bak_5.log", "older");
-        write_file("large.ini", expand_input("repeat 1 100 [L{i}] LOCAL local/{i}\n"));
+        static const auto large = expand_input("repeat 1 100 [L{i}] LOCAL local/{i}\n");
+        write_file("large.ini", large);
         std::filesystem::remove("kqarch_bak_1.log");
         remove_directories();
         ASSERT_EQ(start_from(text), 0);
